@@ -1,0 +1,13 @@
+# Warnings and sanitizers shared by every target of the project.
+add_library(doodle_build_flags INTERFACE)
+target_compile_options(doodle_build_flags INTERFACE -Wall -Wextra -Wpedantic)
+if(DOODLE_SANITIZE)
+    set(_doodle_san -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(doodle_build_flags INTERFACE ${_doodle_san})
+    target_link_options(doodle_build_flags INTERFACE ${_doodle_san})
+endif()
+
+# Links the project's flags into a target without exporting them with it.
+function(doodle_use_build_flags target)
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:doodle_build_flags>)
+endfunction()

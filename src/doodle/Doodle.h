@@ -1,0 +1,13 @@
+#pragma once
+
+// Umbrella header: every public header of the doodle library.
+#include <doodle/DoodleExport.h>
+#include <doodle/support/DoodleLog.h>
+#include <doodle/support/DoodleScreen.h>
+#include <doodle/support/DoodleWeak.h>
+#include <doodle/model/DoodleAction.h>
+#include <doodle/model/DoodleKeys.h>
+#include <doodle/model/DoodlePathCache.h>
+#include <doodle/model/DoodleTranslate.h>
+#include <doodle/canvas/ZQDoodleDrawView.h>
+#include <doodle/canvas/ZQDoodleView.h>

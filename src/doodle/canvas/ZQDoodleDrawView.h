@@ -1,0 +1,51 @@
+#pragma once
+
+#include <doodle/DoodleExport.h>
+
+#include <QColor>
+#include <QImage>
+#include <QPainterPath>
+#include <QPointF>
+#include <QRectF>
+#include <QWidget>
+
+// One transparent drawing surface that shows a single cached picture at the
+// screen scale. Every primitive paints into that picture and repaints only the
+// rectangle it changed. A surface that holds nothing holds no picture.
+class DOODLE_EXPORT ZQDoodleDrawView : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit ZQDoodleDrawView(QWidget *parent = nullptr);
+
+    // A null image when the surface holds nothing.
+    QImage cacheImage() const { return m_cacheImage; }
+    void setCacheImage(const QImage &image);
+
+    // Strokes the path with round caps and joins.
+    void drawInCacheWithPath(const QPainterPath &path, double width, const QColor &color);
+    // Empties the surface, then strokes the path: it shows this path alone.
+    void drawInTempWithPath(const QPainterPath &path, double width, const QColor &color);
+    // Clears to transparent every pixel under the path stroked at that width.
+    void eraseInCacheWithPath(const QPainterPath &path, double width);
+    // Strokes the rectangle's outline with mitred corners.
+    void rectangleInCacheWithRect(const QRectF &rect, double width, const QColor &color);
+    // Strokes the ellipse inscribed in the rectangle.
+    void ellipseInCacheWithRect(const QRectF &rect, double width, const QColor &color);
+    // A shaft from start to end and a filled head whose apex is the end point.
+    void arrowInCacheWithStartPoint(const QPointF &start, const QPointF &end, double width,
+                                    const QColor &color);
+    // The text in the system font, its top-left corner at the point.
+    void textInCacheWithStartPoint(const QPointF &point, const QString &text, double textSize,
+                                   const QColor &color);
+    // Draws the picture scaled into the rectangle, over what the surface shows.
+    void drawImage(const QImage &image, const QRectF &rect);
+    // Empties the surface and removes every child widget (a text field, say).
+    void cleanAllPath();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QImage m_cacheImage;
+};

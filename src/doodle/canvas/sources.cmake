@@ -1,0 +1,3 @@
+target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+    doodle/canvas/ZQDoodleDrawView.h
+    doodle/canvas/ZQDoodleView.h)

@@ -1,0 +1,1 @@
+# Controller sources are listed here.

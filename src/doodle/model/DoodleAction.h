@@ -1,0 +1,113 @@
+#pragma once
+
+#include <doodle/DoodleExport.h>
+
+#include <QColor>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+// Action type codes: the library's own wire values.
+enum DoodleActionType : qint64 {
+    DoodleActionTypeNone = 0,
+    DoodleActionTypeUndo = 258,
+    DoodleActionTypeClean = 259,
+    DoodleActionTypeStroke = 260,
+    DoodleActionTypeEraser = 261,
+    DoodleActionTypeSticker = 262,
+    DoodleActionTypeText = 267,
+    DoodleActionTypeEllipse = 268,
+    DoodleActionTypeRectangle = 269,
+    DoodleActionTypeArrow = 270,
+};
+
+// Bits over (code - 258) for the codes 258 to 270 that are drawn and cached.
+constexpr quint32 DoodleDrawnActionMask = 0x1E0C;
+
+// True for the drawn actions: 260, 261, 267, 268, 269 and 270.
+constexpr bool doodleIsDrawnActionType(qint64 code)
+{
+    return code >= 258 && code <= 270 && ((DoodleDrawnActionMask >> (code - 258)) & 1u) != 0;
+}
+
+// One point of a stroke: time interval ("%d"), x and y ("%f"), as strings.
+using DoodlePoint = QStringList;
+using DoodlePointList = QList<DoodlePoint>;
+
+// One operation on the shared board. A plain value holder: it never checks
+// its fields against its type. Positions and sizes are normalised (-1 to 1).
+class DOODLE_EXPORT DoodleAction
+{
+public:
+    DoodleAction() = default;
+
+    const DoodlePointList &points() const { return m_points; }
+    void setPoints(const DoodlePointList &points) { m_points = points; }
+    // The record's own point list, not a copy.
+    DoodlePointList &pathPoints() { return m_points; }
+    const DoodlePointList &pathPoints() const { return m_points; }
+
+    qint64 actionType() const { return m_actionType; }
+    void setActionType(qint64 type) { m_actionType = type; }
+    QString userId() const { return m_userId; }
+    void setUserId(const QString &userId) { m_userId = userId; }
+    QString userDefined() const { return m_userDefined; }
+    void setUserDefined(const QString &userDefined) { m_userDefined = userDefined; }
+    quint64 pageNumber() const { return m_pageNumber; }
+    void setPageNumber(quint64 page) { m_pageNumber = page; }
+    float brushWidth() const { return m_brushWidth; }
+    void setBrushWidth(float width) { m_brushWidth = width; }
+    // An invalid colour means none.
+    QColor brushColor() const { return m_brushColor; }
+    void setBrushColor(const QColor &color) { m_brushColor = color; }
+    QString stickerUnicode() const { return m_stickerUnicode; }
+    void setStickerUnicode(const QString &value) { m_stickerUnicode = value; }
+    QString stickerName() const { return m_stickerName; }
+    void setStickerName(const QString &value) { m_stickerName = value; }
+    float x() const { return m_x; }
+    void setX(float value) { m_x = value; }
+    float y() const { return m_y; }
+    void setY(float value) { m_y = value; }
+    float endX() const { return m_endX; }
+    void setEndX(float value) { m_endX = value; }
+    float endY() const { return m_endY; }
+    void setEndY(float value) { m_endY = value; }
+    float width() const { return m_width; }
+    void setWidth(float value) { m_width = value; }
+    float height() const { return m_height; }
+    void setHeight(float value) { m_height = value; }
+    qint32 rotate() const { return m_rotate; }
+    void setRotate(qint32 value) { m_rotate = value; }
+    QString text() const { return m_text; }
+    void setText(const QString &value) { m_text = value; }
+    float textSize() const { return m_textSize; }
+    void setTextSize(float value) { m_textSize = value; }
+
+    // Appends one point; out-of-range values and negative intervals are
+    // logged and stored all the same.
+    void addPointWithPositionX(float x, float y, qint32 timeInterval);
+
+private:
+    DoodlePointList m_points;
+    qint64 m_actionType = 0;
+    QString m_userId;
+    QString m_userDefined;
+    quint64 m_pageNumber = 0;
+    float m_brushWidth = 0;
+    QColor m_brushColor;
+    QString m_stickerUnicode;
+    QString m_stickerName;
+    float m_x = 0;
+    float m_y = 0;
+    float m_endX = 0;
+    float m_endY = 0;
+    float m_width = 0;
+    float m_height = 0;
+    qint32 m_rotate = 0;
+    QString m_text;
+    float m_textSize = 0;
+};
+
+using DoodleActionPtr = std::shared_ptr<DoodleAction>;

@@ -1,0 +1,5 @@
+target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+    doodle/model/DoodleAction.h
+    doodle/model/DoodleKeys.h
+    doodle/model/DoodlePathCache.h
+    doodle/model/DoodleTranslate.h)

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <doodle/DoodleExport.h>
+
+#include <QLoggingCategory>
+#include <QString>
+
+// The library's one logging category, "doodle". Hosts filter it with
+// QLoggingCategory::setFilterRules("doodle.info=false") and the like.
+DOODLE_EXPORT Q_DECLARE_LOGGING_CATEGORY(lcDoodle)
+
+// Writes one line through the "doodle" category at info level.
+DOODLE_EXPORT void doodleLog(const QString &line);
+
+// C printf number formats that do not depend on the process locale.
+class DOODLE_EXPORT DoodleNumber
+{
+public:
+    // "%d": a signed decimal integer.
+    static QString printfD(qint64 value);
+    // "%f": six digits after the point ("nan", "inf" as C prints them).
+    static QString printfF(double value);
+    // The double whose shortest text is the shortest text that reads back to
+    // `value` as a float, so that 0.1f is written as 0.1 rather than
+    // 0.10000000149011612. Non-finite values pass through unchanged.
+    static double shortestFloat(float value);
+};
