@@ -1,3 +1,8 @@
+target_sources(doodle PRIVATE
+    doodle/model/DoodleAction.cpp
+    doodle/model/DoodleKeys.cpp
+    doodle/model/DoodlePathCache.cpp
+    doodle/model/DoodleTranslate.cpp)
 target_sources(doodle PUBLIC FILE_SET HEADERS FILES
     doodle/model/DoodleAction.h
     doodle/model/DoodleKeys.h
