@@ -39,6 +39,12 @@ QString quoted(const QString &text)
     return result + QLatin1Char('"');
 }
 
+// A string property: quoted, or - when it is none.
+QString optional(const QString &text)
+{
+    return text.isNull() ? QStringLiteral("-") : quoted(text);
+}
+
 QString typeName(qint64 type)
 {
     switch (type) {
@@ -69,11 +75,11 @@ QString typeName(qint64 type)
 QString describe(const DoodleAction &action)
 {
     const qint64 type = action.actionType();
-    QString line =
-        typeName(type) + QStringLiteral(" (") + QString::number(type) + QStringLiteral(") user=") +
-        (action.userId().isNull() ? QStringLiteral("-") : quoted(action.userId())) +
-        QStringLiteral(" page=") + QString::number(action.pageNumber()) +
-        QStringLiteral(" brush=") + number(action.brushWidth()) + QStringLiteral(" color=");
+    QString line = typeName(type) + QStringLiteral(" (") + QString::number(type) +
+                   QStringLiteral(") user=") + optional(action.userId()) +
+                   QStringLiteral(" page=") + QString::number(action.pageNumber()) +
+                   QStringLiteral(" brush=") + number(action.brushWidth()) +
+                   QStringLiteral(" color=");
     if (action.brushColor().isValid()) {
         line += QStringLiteral("#%1")
                     .arg(HexadecimalColorFromUIColor(action.brushColor()), 8, 16, QLatin1Char('0'))
@@ -95,7 +101,7 @@ QString describe(const DoodleAction &action)
         line += QStringLiteral(" at=") + point(action.x(), action.y()) + QStringLiteral(" size=") +
                 number(action.textSize()) + QStringLiteral(" rotate=") +
                 QString::number(action.rotate()) + QStringLiteral(" text=") +
-                (action.text().isNull() ? QStringLiteral("-") : quoted(action.text()));
+                optional(action.text());
         break;
     case DoodleActionTypeSticker:
     case DoodleActionTypeEllipse:
@@ -104,8 +110,8 @@ QString describe(const DoodleAction &action)
                 number(action.width()) + QLatin1Char('x') + number(action.height()) +
                 QStringLiteral(" rotate=") + QString::number(action.rotate());
         if (type == DoodleActionTypeSticker) {
-            line += QStringLiteral(" emoji=") + quoted(action.stickerUnicode()) +
-                    QStringLiteral(" name=") + quoted(action.stickerName());
+            line += QStringLiteral(" emoji=") + optional(action.stickerUnicode()) +
+                    QStringLiteral(" name=") + optional(action.stickerName());
         }
         break;
     default:
