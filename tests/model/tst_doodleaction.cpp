@@ -131,5 +131,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(TestDoodleAction)
+QTEST_GUILESS_MAIN(TestDoodleAction)
 #include "tst_doodleaction.moc"
