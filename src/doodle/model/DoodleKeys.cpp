@@ -1,0 +1,32 @@
+#include "DoodleKeys.h"
+
+const char *const kZQDataTypeDoodle = "DATA_TYPE_DOODLE";
+const char *const KStickerContentKey = "sticker_content";
+const char *const KStickerUserDefineKey = "sticker_user_define";
+const char *const KStickerActionEmojiUnicodeKey = "emoji_unicode";
+const char *const KStickerActionNameKey = "name";
+const char *const KShapeContentKey = "shape_content";
+const char *const KTextContentKey = "text_content";
+const char *const KActionPositionXKey = "x";
+const char *const KActionPositionYKey = "y";
+const char *const KActionPositionEndXKey = "end_x";
+const char *const KActionPositionEndYKey = "end_y";
+const char *const KActionWidthKey = "width";
+const char *const KActionHeightKey = "height";
+const char *const KActionAngleKey = "rotate";
+const char *const KActionTextKey = "text";
+const char *const KActionTextSizeKey = "text_size";
+const char *const PelDoodleImageTypeKey = "PelDoodleImageTypeKey";
+const char *const PelDoodleImageNameKey = "PelDoodleImageNameKey";
+const char *const PelDoodleImageUriKey = "PelDoodleImageUriKey";
+const char *const PelDoodleResolutionKey = "PelDoodleResolutionKey";
+const char *const PelDoodlePositionKey = "PelDoodlePositionKey";
+const char *const PelDoodleActionTypeKey = "PelDoodleActionTypeKey";
+const char *const PelDoodleSeqNoKey = "PelDoodleSeqNoKey";
+const char *const PelDoodleBrushKey = "PelDoodleBrushKey";
+const char *const PelDoodleWidthKey = "PelDoodleWidthKey";
+const char *const PelDoodleColorKey = "PelDoodleColorKey";
+const char *const PelDoodlePageIdKey = "PelDoodlePageIdKey";
+const char *const PelDoodlePageCountKey = "PelDoodlePageCountKey";
+const char *const PelDoodleUserUriKey = "PelDoodleUserUriKey";
+const char *const PelDoodleContentKey = "PelDoodleContentKey";

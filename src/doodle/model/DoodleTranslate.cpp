@@ -1,0 +1,481 @@
+#include "DoodleTranslate.h"
+
+#include <doodle/support/DoodleLog.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+QLatin1String key(const char *name)
+{
+    return QLatin1String(name);
+}
+
+// The encoder's "" (empty, not none).
+QString emptyText()
+{
+    return QStringLiteral("");
+}
+
+// A 32-bit float as the double whose shortest text reads back to that float.
+QJsonValue floatValue(float value)
+{
+    return QJsonValue(DoodleNumber::shortestFloat(value));
+}
+
+bool allFinite(const QJsonValue &value);
+
+bool allFinite(const QJsonArray &array)
+{
+    for (const QJsonValue &element : array) {
+        if (!allFinite(element))
+            return false;
+    }
+    return true;
+}
+
+bool allFinite(const QJsonObject &object)
+{
+    for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
+        if (!allFinite(it.value()))
+            return false;
+    }
+    return true;
+}
+
+bool allFinite(const QJsonValue &value)
+{
+    switch (value.type()) {
+    case QJsonValue::Double:
+        return std::isfinite(value.toDouble());
+    case QJsonValue::Array:
+        return allFinite(value.toArray());
+    case QJsonValue::Object:
+        return allFinite(value.toObject());
+    case QJsonValue::Undefined:
+        return false;
+    default:
+        return true;
+    }
+}
+
+QJsonValue parseJson(const QByteArray &utf8)
+{
+    // QJsonDocument refuses documents nested deeper than 1024 levels on its own,
+    // so hostile nesting cannot exhaust the stack here.
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(utf8, &error);
+    if (error.error != QJsonParseError::NoError)
+        return QJsonValue(QJsonValue::Undefined);
+    if (document.isObject())
+        return document.object();
+    if (document.isArray())
+        return document.array();
+    return QJsonValue(QJsonValue::Undefined);
+}
+
+// Converts a double to an integer type by truncation toward zero, saturating at
+// the type's bounds; NaN gives 0. Never undefined behaviour.
+template <typename Int> Int saturate(double value)
+{
+    if (std::isnan(value))
+        return 0;
+    // min() is 0 or -2^digits and max() + 1 is 2^digits: all exact as doubles.
+    const double lowest = double(std::numeric_limits<Int>::min());
+    const double upperExclusive = std::ldexp(1.0, std::numeric_limits<Int>::digits);
+    if (value <= lowest)
+        return std::numeric_limits<Int>::min();
+    if (value >= upperExclusive)
+        return std::numeric_limits<Int>::max();
+    return Int(value);
+}
+
+// Integer members: an exact integer is taken as it is; any other number is
+// truncated and saturated; every other JSON type reads as 0.
+qint64 int64Value(const QJsonValue &value)
+{
+    if (!value.isDouble())
+        return 0;
+    constexpr qint64 notExact = std::numeric_limits<qint64>::min();
+    const qint64 exact = value.toInteger(notExact);
+    return exact != notExact ? exact : saturate<qint64>(value.toDouble());
+}
+
+template <typename UInt> UInt unsignedValue(const QJsonValue &value)
+{
+    if (!value.isDouble())
+        return 0;
+    constexpr qint64 notExact = std::numeric_limits<qint64>::min();
+    const qint64 exact = value.toInteger(notExact);
+    if (exact == notExact)
+        return saturate<UInt>(value.toDouble());
+    if (exact < 0)
+        return 0;
+    return quint64(exact) > std::numeric_limits<UInt>::max() ? std::numeric_limits<UInt>::max()
+                                                             : UInt(exact);
+}
+
+// Narrows to float; magnitudes beyond the float range become infinite
+// (a plain conversion of such a double is undefined in C++).
+float floatValue(const QJsonValue &value)
+{
+    const double number = value.toDouble();
+    if (std::fabs(number) > double(std::numeric_limits<float>::max()))
+        return number < 0 ? -std::numeric_limits<float>::infinity()
+                          : std::numeric_limits<float>::infinity();
+    return float(number);
+}
+
+// "rotate": the float value truncated toward zero.
+qint32 angleValue(const QJsonValue &value)
+{
+    return saturate<qint32>(double(floatValue(value)));
+}
+
+// A string member as it is (an empty string stays empty, not none); any other
+// JSON type reads as none.
+QString stringValue(const QJsonValue &value)
+{
+    if (!value.isString())
+        return QString();
+    const QString text = value.toString();
+    return text.isNull() ? emptyText() : text;
+}
+
+QString typeName(const QJsonValue &value)
+{
+    switch (value.type()) {
+    case QJsonValue::Null:
+        return QStringLiteral("Null");
+    case QJsonValue::Bool:
+        return QStringLiteral("Bool");
+    case QJsonValue::Double:
+        return QStringLiteral("Double");
+    case QJsonValue::String:
+        return QStringLiteral("String");
+    case QJsonValue::Array:
+        return QStringLiteral("Array");
+    case QJsonValue::Object:
+        return QStringLiteral("Object");
+    case QJsonValue::Undefined:
+        break;
+    }
+    return QStringLiteral("Undefined");
+}
+
+// One point from its parsed list. Strings are kept as they are; numbers (a
+// sender that skipped the "%d"/"%f" strings) become their shortest decimal
+// text, which the readers parse the same way. A point holding anything else
+// (true, null, a list or an object) has no usable coordinate and is skipped.
+// The length is not checked: readers must handle points of any length.
+bool pointFromArray(const QJsonArray &array, DoodlePoint &point)
+{
+    point.reserve(array.size());
+    for (const QJsonValue &element : array) {
+        if (element.isString())
+            point.append(element.toString());
+        else if (element.isDouble())
+            point.append(QString::number(element.toDouble(), 'g', QLocale::FloatingPointShortest));
+        else
+            return false;
+    }
+    return true;
+}
+
+// Fills the points from "PelDoodlePositionKey" of the parsed object, emptying
+// the list first. A list that is not an array leaves the points alone; an
+// element that does not give an array is skipped.
+void fillPoints(DoodleAction &action, const QJsonObject &object)
+{
+    const QJsonValue list = DoodleTranslate::jsonToObj(object.value(key(PelDoodlePositionKey)));
+    if (!list.isArray())
+        return;
+    const QJsonArray elements = list.toArray();
+    DoodlePointList &points = action.pathPoints();
+    points.clear();
+    points.reserve(elements.size());
+    const bool logging = lcDoodle().isInfoEnabled();
+    for (const QJsonValue &element : elements) {
+        if (logging)
+            doodleLog(QStringLiteral("jsonPath ") + typeName(element));
+        const QJsonValue parsed = DoodleTranslate::jsonToObj(element);
+        if (!parsed.isArray())
+            continue;
+        DoodlePoint point;
+        if (pointFromArray(parsed.toArray(), point))
+            points.append(std::move(point));
+    }
+}
+
+enum class Detail
+{
+    Sticker,
+    Text,
+    Shape,
+    Arrow
+};
+
+// Reads a content object (text or already parsed) and its detail object.
+void readContent(DoodleAction &action, const QJsonValue &value, Detail detail)
+{
+    const QJsonValue contentValue = DoodleTranslate::jsonToObj(value);
+    if (!contentValue.isObject())
+        return;
+    const QJsonObject content = contentValue.toObject();
+    action.setUserDefined(stringValue(content.value(key(KStickerUserDefineKey))));
+
+    const char *detailKey = detail == Detail::Sticker ? KStickerContentKey
+                            : detail == Detail::Text  ? KTextContentKey
+                                                      : KShapeContentKey;
+    const QJsonValue detailValue = DoodleTranslate::jsonToObj(content.value(key(detailKey)));
+    if (!detailValue.isObject())
+        return;
+    const QJsonObject members = detailValue.toObject();
+    auto member = [&members](const char *name) { return members.value(key(name)); };
+
+    if (detail == Detail::Sticker || detail == Detail::Text) {
+        action.setStickerUnicode(stringValue(member(KStickerActionEmojiUnicodeKey)));
+        action.setStickerName(stringValue(member(KStickerActionNameKey)));
+    }
+    action.setX(floatValue(member(KActionPositionXKey)));
+    action.setY(floatValue(member(KActionPositionYKey)));
+    if (detail == Detail::Arrow) {
+        action.setEndX(floatValue(member(KActionPositionEndXKey)));
+        action.setEndY(floatValue(member(KActionPositionEndYKey)));
+    }
+    if (detail == Detail::Text) {
+        action.setText(stringValue(member(KActionTextKey)));
+        action.setTextSize(floatValue(member(KActionTextSizeKey)));
+    } else {
+        action.setWidth(floatValue(member(KActionWidthKey)));
+        action.setHeight(floatValue(member(KActionHeightKey)));
+    }
+    action.setRotate(angleValue(member(KActionAngleKey)));
+}
+
+void readBrush(DoodleAction &action, const QJsonValue &value)
+{
+    if (!value.isObject())
+        return;
+    const QJsonObject brush = value.toObject();
+    for (auto it = brush.constBegin(); it != brush.constEnd(); ++it) {
+        if (it.key() == key(PelDoodleWidthKey))
+            action.setBrushWidth(floatValue(it.value()));
+        else if (it.key() == key(PelDoodleColorKey))
+            action.setBrushColor(UIColorFromHexadecimalColor(unsignedValue<quint32>(it.value())));
+    }
+}
+
+// The detail object of a sticker, text or shape, members as the spec lists them.
+QJsonObject detailObject(const DoodleAction &action)
+{
+    QJsonObject detail;
+    const qint64 type = action.actionType();
+    if (type == DoodleActionTypeSticker) {
+        if (!action.stickerUnicode().isNull())
+            detail.insert(key(KStickerActionEmojiUnicodeKey), action.stickerUnicode());
+        if (!action.stickerName().isNull())
+            detail.insert(key(KStickerActionNameKey), action.stickerName());
+    }
+    detail.insert(key(KActionPositionXKey), floatValue(action.x()));
+    detail.insert(key(KActionPositionYKey), floatValue(action.y()));
+    if (type == DoodleActionTypeText) {
+        if (!action.text().isNull())
+            detail.insert(key(KActionTextKey), action.text());
+        detail.insert(key(KActionTextSizeKey), floatValue(action.textSize()));
+    } else {
+        detail.insert(key(KActionWidthKey), floatValue(action.width()));
+        detail.insert(key(KActionHeightKey), floatValue(action.height()));
+    }
+    detail.insert(key(KActionAngleKey), floatValue(float(action.rotate())));
+    if (type == DoodleActionTypeArrow) {
+        detail.insert(key(KActionPositionEndXKey), floatValue(action.endX()));
+        detail.insert(key(KActionPositionEndYKey), floatValue(action.endY()));
+    }
+    return detail;
+}
+
+QString contentText(const DoodleAction &action, const char *contentKey, const QString &header)
+{
+    QJsonObject content;
+    content.insert(key(contentKey), DoodleTranslate::objToJson(detailObject(action)));
+    content.insert(key(PelDoodleBrushKey), header);
+    if (!action.userDefined().isEmpty())
+        content.insert(key(KStickerUserDefineKey), action.userDefined());
+    return DoodleTranslate::objToJson(content);
+}
+
+QString pointText(const DoodleAction &action)
+{
+    QJsonArray texts;
+    for (const DoodlePoint &point : action.pathPoints())
+        texts.append(DoodleTranslate::objToJson(QJsonArray::fromStringList(point)));
+    return DoodleTranslate::objToJson(texts);
+}
+
+} // namespace
+
+QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
+{
+    if (!action)
+        return emptyText();
+    const DoodleAction &a = *action;
+    const qint64 type = a.actionType();
+
+    QJsonObject object;
+    if (type != 0)
+        object.insert(key(PelDoodleActionTypeKey), type);
+    if (!a.userId().isEmpty())
+        object.insert(key(PelDoodleUserUriKey), a.userId());
+    QJsonObject brush;
+    if (a.brushWidth() > 0)
+        brush.insert(key(PelDoodleWidthKey), floatValue(a.brushWidth()));
+    if (a.brushColor().isValid())
+        brush.insert(key(PelDoodleColorKey), qint64(HexadecimalColorFromUIColor(a.brushColor())));
+    if (!brush.isEmpty())
+        object.insert(key(PelDoodleBrushKey), brush);
+    // JSON integers stop at 2^63 - 1; larger pages travel as the nearest double.
+    const quint64 page = a.pageNumber();
+    object.insert(key(PelDoodlePageIdKey), page <= quint64(std::numeric_limits<qint64>::max())
+                                               ? QJsonValue(qint64(page))
+                                               : QJsonValue(double(page)));
+    const QString header = objToJson(object);
+
+    switch (type) {
+    case DoodleActionTypeStroke:
+    case DoodleActionTypeEraser: {
+        const QString points = pointText(a);
+        doodleLog(QStringLiteral("DoodleActionPelDoodlePositionKeyContent ") + points);
+        object.insert(key(PelDoodlePositionKey), points);
+        break;
+    }
+    case DoodleActionTypeSticker:
+        object.insert(key(PelDoodleContentKey), contentText(a, KStickerContentKey, header));
+        break;
+    case DoodleActionTypeText: {
+        const QString content = contentText(a, KTextContentKey, header);
+        doodleLog(QStringLiteral("DoodleActionTextContent ") + content);
+        object.insert(key(PelDoodleContentKey), content);
+        break;
+    }
+    case DoodleActionTypeEllipse:
+    case DoodleActionTypeRectangle:
+    case DoodleActionTypeArrow: {
+        const QString content = contentText(a, KShapeContentKey, header);
+        doodleLog(QStringLiteral("DoodleActionRectContent ") + content);
+        object.insert(key(PelDoodleContentKey), content);
+        break;
+    }
+    default:
+        if (!a.userDefined().isEmpty())
+            object.insert(key(PelDoodleContentKey), a.userDefined());
+        break;
+    }
+    return objToJson(object);
+}
+
+DoodleActionPtr DoodleTranslate::doodleActionFromString(const QString &text)
+{
+    if (text.isEmpty())
+        return nullptr;
+    const QJsonValue parsed = parseJson(text.toUtf8());
+    if (!parsed.isObject())
+        return nullptr;
+    const QJsonObject object = parsed.toObject();
+    // Handlers take the type from the parsed object, never from the action
+    // being built, so that the member order does not matter.
+    const qint64 type = int64Value(object.value(key(PelDoodleActionTypeKey)));
+
+    auto action = std::make_shared<DoodleAction>();
+    for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
+        const QString name = it.key();
+        const QJsonValue value = it.value();
+        if (name == key(PelDoodleActionTypeKey)) {
+            action->setActionType(type);
+        } else if (name == key(PelDoodleUserUriKey)) {
+            action->setUserId(stringValue(value));
+        } else if (name == key(PelDoodlePageIdKey)) {
+            action->setPageNumber(unsignedValue<quint64>(value));
+        } else if (name == key(PelDoodleBrushKey)) {
+            readBrush(*action, value);
+        } else if (name == key(PelDoodlePositionKey)) {
+            if (type == DoodleActionTypeStroke || type == DoodleActionTypeEraser)
+                fillPoints(*action, object);
+        } else if (name == key(PelDoodleContentKey)) {
+            switch (type) {
+            case DoodleActionTypeStroke:
+            case DoodleActionTypeEraser:
+                fillPoints(*action, object);
+                break;
+            case DoodleActionTypeSticker:
+                readContent(*action, value, Detail::Sticker);
+                break;
+            case DoodleActionTypeText:
+                readContent(*action, value, Detail::Text);
+                break;
+            case DoodleActionTypeEllipse:
+            case DoodleActionTypeRectangle:
+                readContent(*action, value, Detail::Shape);
+                break;
+            case DoodleActionTypeArrow:
+                readContent(*action, value, Detail::Arrow);
+                break;
+            default:
+                action->setUserDefined(stringValue(value));
+                break;
+            }
+        }
+    }
+    return action;
+}
+
+QString DoodleTranslate::objToJson(const QJsonValue &value)
+{
+    if (value.isObject()) {
+        const QJsonObject object = value.toObject();
+        if (allFinite(object))
+            return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    } else if (value.isArray()) {
+        const QJsonArray array = value.toArray();
+        if (allFinite(array))
+            return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
+    }
+    return emptyText();
+}
+
+QJsonValue DoodleTranslate::jsonToObj(const QJsonValue &value)
+{
+    if (!value.isString())
+        return value;
+    return parseJson(value.toString().toUtf8());
+}
+
+QColor UIColorFromHexadecimalColor(quint32 value)
+{
+    auto component = [](quint32 byte) { return float(double(byte) / 255.0); };
+    return QColor::fromRgbF(component((value >> 16) & 0xFF), component((value >> 8) & 0xFF),
+                            component(value & 0xFF), component(value >> 24));
+}
+
+quint32 HexadecimalColorFromUIColor(const QColor &color)
+{
+    if (!color.isValid())
+        return 0;
+    // Truncation toward zero is the wire rule (0.5 gives 127). Extended-range
+    // colours and NaN are clamped to 0..255 before the conversion.
+    auto byte = [](float component) -> quint32 {
+        const double product = double(component) * 255.0;
+        if (!(product > 0.0))
+            return 0;
+        if (product >= 255.0)
+            return 255;
+        return quint32(product);
+    };
+    return (((byte(color.alphaF()) << 8 | byte(color.redF())) << 8) | byte(color.greenF())) << 8 |
+           byte(color.blueF());
+}
