@@ -1,4 +1,4 @@
-// The text form of actions (Part 1.2): encoding type by type, decoding of good
+// The text form of actions: encoding type by type, decoding of good
 // and hostile text, round trips, the colour form and the log texts.
 #include "LogCapture.h"
 

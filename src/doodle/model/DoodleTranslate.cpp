@@ -271,7 +271,7 @@ void readBrush(DoodleAction &action, const QJsonValue &value)
     }
 }
 
-// The detail object of a sticker, text or shape, members as the spec lists them.
+// The detail object of a sticker, text or shape, members in their wire order.
 QJsonObject detailObject(const DoodleAction &action)
 {
     QJsonObject detail;
