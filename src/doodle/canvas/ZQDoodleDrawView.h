@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <QPainter>
 #include <QPainterPath>
 #include <QPointF>
 #include <QRectF>
@@ -45,7 +46,16 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void childEvent(QChildEvent *event) override;
 
 private:
+    bool preparePicture();
+    void clearPicture(bool release);
+    template <typename Draw> void paintShape(const QRectF &dirty, Draw draw);
+    void strokePath(const QPainterPath &path, double width, const QColor &color,
+                    QPainter::CompositionMode mode);
+
     QImage m_cacheImage;
+    // Union of the rectangles painted since the picture was last empty.
+    QRect m_paintedRect;
 };

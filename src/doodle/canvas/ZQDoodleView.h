@@ -95,7 +95,11 @@ protected:
 private:
     void buildLayers();
     ZQDoodleDrawView *makeCanvas();
-    void onTextFieldReturn();
+    void onTextFieldReturn(QLineEdit *field);
+    // Temp canvas `index` after cleanAllPath, or nullptr when there is none.
+    ZQDoodleDrawView *cleanedTempCanvas(quint64 index);
+    // The cache canvas with the board's current bounds.
+    ZQDoodleDrawView *laidOutCacheCanvas();
 
     DoodleWeak<ZQDoodleViewDelegate> m_delegate;
     QColor m_backgroundColor;

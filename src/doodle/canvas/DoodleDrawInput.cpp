@@ -1,0 +1,101 @@
+#include "DoodleDrawInput.h"
+
+#include <QFontDatabase>
+#include <QLocale>
+#include <QPaintDevice>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+// Text sizes above this many surface diagonals show only a part of one glyph.
+constexpr double kTextSizeDiagonals = 4.0;
+// No visible glyph of the system font advances by less than this share of
+// its size, so a line holds at most width / (share * size) visible glyphs.
+constexpr double kMinAdvanceShare = 0.1;
+// Characters drawn at most, whatever the surface: keeps shaping bounded.
+constexpr qsizetype kMaxTextChars = 4096;
+
+double diagonal(const QSizeF &bounds)
+{
+    return std::hypot(bounds.width(), bounds.height());
+}
+
+// Distance from the point to the nearest point of the rectangle (0 inside).
+double distanceTo(const QPointF &point, const QRectF &rect)
+{
+    const double dx = std::max({rect.left() - point.x(), 0.0, point.x() - rect.right()});
+    const double dy = std::max({rect.top() - point.y(), 0.0, point.y() - rect.bottom()});
+    return std::hypot(dx, dy);
+}
+} // namespace
+
+bool DoodleDrawInput::isFinite(const QPointF &point)
+{
+    return std::isfinite(point.x()) && std::isfinite(point.y());
+}
+
+bool DoodleDrawInput::isFinite(const QRectF &rect)
+{
+    return isFinite(rect.topLeft()) && std::isfinite(rect.width()) && std::isfinite(rect.height());
+}
+
+bool DoodleDrawInput::isFinite(const QPainterPath &path)
+{
+    for (int i = 0; i < path.elementCount(); ++i) {
+        if (!isFinite(QPointF(path.elementAt(i))))
+            return false;
+    }
+    return true;
+}
+
+std::optional<double> DoodleDrawInput::lineWidth(double width, const QPointF &anchor,
+                                                 const QSizeF &bounds)
+{
+    if (std::isnan(width) || width < 0.0)
+        return std::nullopt;
+    // Every pixel lies within this distance of the anchor, which is on the
+    // shape: a stroke twice as wide covers the surface just as a wider one.
+    const double reach = diagonal(bounds) + distanceTo(anchor, QRectF(QPointF(), bounds));
+    return std::min(width, 2.0 * reach + 2.0);
+}
+
+std::optional<double> DoodleDrawInput::textSize(double size, const QSizeF &bounds)
+{
+    if (!(size > 0.0))
+        return std::nullopt;
+    return std::min(size, std::max(1.0, kTextSizeDiagonals * diagonal(bounds)));
+}
+
+QString DoodleDrawInput::visibleText(const QString &text, double x, double surfaceWidth,
+                                     double pixelSize)
+{
+    // One glyph of slack on the left for overhangs such as italics.
+    const double room = std::max(0.0, surfaceWidth - x) + pixelSize;
+    const double fitting = std::ceil(room / (kMinAdvanceShare * pixelSize)) + 1.0;
+    qsizetype count = qsizetype(std::min(fitting, double(kMaxTextChars)));
+    if (count >= text.size())
+        return text;
+    if (text.at(count - 1).isHighSurrogate())
+        --count;
+    return text.left(count);
+}
+
+QFont DoodleDrawInput::systemFont(double pixelSize, const QPaintDevice *device)
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    const int dpi = device ? device->logicalDpiY() : 0;
+    if (pixelSize == std::round(pixelSize) || dpi <= 0)
+        font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
+    else
+        font.setPointSizeF(pixelSize * 72.0 / dpi);
+    return font;
+}
+
+QString DoodleDrawInput::pointText(const QPointF &point)
+{
+    const auto number = [](double value) {
+        return QString::number(value, 'g', QLocale::FloatingPointShortest);
+    };
+    return QStringLiteral("{%1, %2}").arg(number(point.x()), number(point.y()));
+}

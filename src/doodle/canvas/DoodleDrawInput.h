@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QFont>
+#include <QPainterPath>
+#include <QPointF>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+
+#include <optional>
+
+class QPaintDevice;
+
+// Checks and bounds for the numbers a drawing primitive is given, so that no
+// input makes a primitive crash, hang or allocate without limit. Internal to
+// the canvas.
+class DoodleDrawInput
+{
+public:
+    static bool isFinite(const QPointF &point);
+    static bool isFinite(const QRectF &rect);
+    static bool isFinite(const QPainterPath &path);
+
+    // The width to stroke with: none for NaN and negative widths; widths so
+    // large that a stroke through `anchor` covers the whole surface anyway are
+    // lowered to one that still covers it.
+    static std::optional<double> lineWidth(double width, const QPointF &anchor,
+                                           const QSizeF &bounds);
+    // The font size to draw with: none unless finite and positive; at most a
+    // few surface diagonals.
+    static std::optional<double> textSize(double size, const QSizeF &bounds);
+    // The start of a one-line text that can reach the surface's right edge
+    // from `x`; the rest can never be visible.
+    static QString visibleText(const QString &text, double x, double surfaceWidth,
+                               double pixelSize);
+    // The system font whose size is `pixelSize` device-independent pixels on
+    // `device` (fractions kept).
+    static QFont systemFont(double pixelSize, const QPaintDevice *device);
+    // A point as "{x, y}", each number in its shortest exact form.
+    static QString pointText(const QPointF &point);
+};
