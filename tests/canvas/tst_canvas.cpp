@@ -1,0 +1,462 @@
+#include <doodle/canvas/ZQDoodleDrawView.h>
+#include <doodle/canvas/ZQDoodleView.h>
+#include <doodle/support/DoodleScreen.h>
+
+#include "LogCapture.h"
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QPainter>
+#include <QtTest>
+
+#include <cmath>
+#include <functional>
+
+using Draw = std::function<void(ZQDoodleDrawView &)>;
+using Points = QList<QPointF>;
+Q_DECLARE_METATYPE(Draw)
+
+namespace {
+constexpr double kScale = 2.0;
+const QColor kRed(255, 0, 0);
+
+QColor at(const QImage &image, const QPointF &point)
+{
+    const QPoint pixel = (point * image.devicePixelRatio()).toPoint();
+    return image.rect().contains(pixel) ? image.pixelColor(pixel) : QColor();
+}
+
+bool near(const QColor &a, const QColor &b, int tolerance = 8)
+{
+    return std::abs(a.red() - b.red()) <= tolerance &&
+           std::abs(a.green() - b.green()) <= tolerance &&
+           std::abs(a.blue() - b.blue()) <= tolerance &&
+           std::abs(a.alpha() - b.alpha()) <= tolerance;
+}
+
+// Bounding rectangle, in points, of the pixels that are not transparent.
+QRectF paintedBounds(const QImage &image)
+{
+    QRect box;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (qAlpha(image.pixel(x, y)) > 0)
+                box |= QRect(x, y, 1, 1);
+    const double ratio = image.devicePixelRatio();
+    return QRectF(box.topLeft() / ratio, box.size() / ratio);
+}
+
+QPainterPath line(QPointF from, QPointF to)
+{
+    QPainterPath path(from);
+    path.lineTo(to);
+    return path;
+}
+
+struct Recorder : ZQDoodleViewDelegate
+{
+    QStringList texts;
+    void textEditDone(QLineEdit *field) override { texts << field->text(); }
+};
+} // namespace
+
+class TestCanvas : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { DoodleScreen::setScaleOverride(kScale); }
+    void shapes_data();
+    void shapes();
+    void badInput_data();
+    void badInput();
+    void inPlaceEqualsFreshComposition();
+    void resizeStretchesOldPicture();
+    void repaintsOnlyTheChangedRectangle();
+    void textAtThePoint();
+    void tempCanvases();
+    void previewAndCommit_data();
+    void previewAndCommit();
+    void eraserAndClearKeepBackground();
+    void imageOrientation_data();
+    void imageOrientation();
+    void textField();
+};
+
+// Colour inside each shape and transparency outside, at places the geometry
+// decides (round caps, mitred corners, the arrow head's corners).
+void TestCanvas::shapes_data()
+{
+    QTest::addColumn<Draw>("draw");
+    QTest::addColumn<Points>("inside");
+    QTest::addColumn<Points>("outside");
+    QTest::newRow("stroke, round caps") << Draw([](auto &v) {
+        v.drawInCacheWithPath(line({40, 50}, {160, 50}), 20, kRed);
+    }) << Points{{100, 50}, {32, 50}, {40, 58}, {167, 52}}
+                                        << Points{{100, 63}, {27, 50}, {31, 41}};
+    QTest::newRow("rectangle, mitred corners") << Draw([](auto &v) {
+        v.rectangleInCacheWithRect({50, 50, 100, 60}, 10, kRed);
+    }) << Points{{46, 46}, {154, 114}, {100, 50}, {50, 80}}
+                                               << Points{{100, 80}, {43, 43}};
+    QTest::newRow("ellipse, inscribed") << Draw([](auto &v) {
+        v.ellipseInCacheWithRect({50, 50, 100, 60}, 4, kRed);
+    }) << Points{{50, 80}, {100, 50}, {150, 80}, {100, 110}}
+                                        << Points{{100, 80}, {53, 53}};
+    // Width 6: apex at (180, 100), base corners at (162, 91) and (162, 109).
+    QTest::newRow("arrow head") << Draw([](auto &v) {
+        v.arrowInCacheWithStartPoint({20, 100}, {180, 100}, 6, kRed);
+    }) << Points{{179, 100}, {163, 92}, {163, 108}, {165, 106}, {100, 102}}
+                                << Points{{162, 82},  {162, 118}, {150, 105},
+                                          {100, 104}, {189, 100}, {180, 93}};
+}
+
+void TestCanvas::shapes()
+{
+    QFETCH(Draw, draw);
+    QFETCH(Points, inside);
+    QFETCH(Points, outside);
+    ZQDoodleDrawView view;
+    view.resize(200, 160);
+    draw(view);
+    const QImage image = view.cacheImage();
+    QCOMPARE(image.size(), QSize(400, 320));
+    for (const QPointF &point : inside)
+        QVERIFY2(near(at(image, point), kRed), qPrintable(QTest::toString(point)));
+    for (const QPointF &point : outside)
+        QVERIFY2(at(image, point).alpha() == 0, qPrintable(QTest::toString(point)));
+}
+
+enum class Expect
+{
+    Nothing,
+    Composed,
+    Something,
+    Covers
+};
+Q_DECLARE_METATYPE(Expect)
+
+void TestCanvas::badInput_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<Draw>("draw");
+    QTest::addColumn<Expect>("expect");
+    const double nan = std::nan(""), inf = INFINITY;
+    const QSize normal(200, 100);
+    const auto stroke = [](double w) {
+        return Draw([w](auto &v) { v.drawInCacheWithPath(line({10, 10}, {20, 20}), w, kRed); });
+    };
+    QTest::newRow("width nan") << normal << stroke(nan) << Expect::Nothing;
+    QTest::newRow("width negative") << normal << stroke(-3) << Expect::Nothing;
+    QTest::newRow("width 0") << normal << stroke(0) << Expect::Something;
+    QTest::newRow("width 1e30") << normal << stroke(1e30) << Expect::Covers;
+    QTest::newRow("empty bounds") << QSize(0, 0) << stroke(5) << Expect::Nothing;
+    QTest::newRow("arrow start = end") << normal << Draw([](auto &v) {
+        v.arrowInCacheWithStartPoint({5, 5}, {5, 5}, 4, kRed);
+    }) << Expect::Nothing;
+    QTest::newRow("arrow nan") << normal << Draw([=](auto &v) {
+        v.arrowInCacheWithStartPoint({nan, 5}, {9, 5}, 4, kRed);
+    }) << Expect::Nothing;
+    QTest::newRow("rect infinite") << normal << Draw([=](auto &v) {
+        v.rectangleInCacheWithRect({0, 0, inf, 5}, 4, kRed);
+    }) << Expect::Nothing;
+    QTest::newRow("ellipse width 1e30") << normal << Draw([](auto &v) {
+        v.ellipseInCacheWithRect({0, 0, 9, 5}, 1e30, kRed);
+    }) << Expect::Covers;
+    for (double size : {0.0, nan})
+        QTest::addRow("text size %g", size) << normal << Draw([=](auto &v) {
+            v.textInCacheWithStartPoint({5, 5}, "x", size, kRed);
+        }) << Expect::Nothing;
+    QTest::newRow("text size 1e9") << normal << Draw([](auto &v) {
+        v.textInCacheWithStartPoint({0, 0}, "W", 1e9, kRed);
+    }) << Expect::Composed;
+    QTest::newRow("text 1 MB") << normal << Draw([](auto &v) {
+        v.textInCacheWithStartPoint({0, 0}, QString(1 << 20, 'm'), 20, kRed);
+    }) << Expect::Something;
+    QTest::newRow("image nan rect") << normal << Draw([=](auto &v) {
+        v.drawImage(QImage(4, 4, QImage::Format_RGB32), {nan, 0, 4, 4});
+    }) << Expect::Nothing;
+}
+
+void TestCanvas::badInput()
+{
+    QFETCH(QSize, size);
+    QFETCH(Draw, draw);
+    QFETCH(Expect, expect);
+    LogCapture log;
+    ZQDoodleDrawView view;
+    view.resize(size);
+    draw(view);
+    const QImage image = view.cacheImage();
+    QCOMPARE(image.isNull(), expect == Expect::Nothing);
+    if (expect == Expect::Nothing && !size.isEmpty())
+        QVERIFY(!log.lines().isEmpty() && log.lines().constLast().contains("skipped"));
+    if (expect == Expect::Covers)
+        QVERIFY(near(at(image, {199, 99}), kRed) && near(at(image, {0, 99}), kRed));
+    if (expect == Expect::Something)
+        QVERIFY(!paintedBounds(image).isEmpty());
+}
+
+// Painting into the picture gives the same pixels as composing the old
+// picture and the shape into a fresh picture for every primitive.
+void TestCanvas::inPlaceEqualsFreshComposition()
+{
+    const QList<Draw> steps = {
+        [](auto &v) {
+            v.drawInCacheWithPath(line({10, 10}, {150, 90}), 9, kRed);
+        },
+        [](auto &v) {
+            v.rectangleInCacheWithRect({30, 20, 80, 50}, 5, Qt::blue);
+        },
+        [](auto &v) {
+            v.eraseInCacheWithPath(line({0, 40}, {200, 45}), 12);
+        },
+        [](auto &v) {
+            v.ellipseInCacheWithRect({60, 10, 100, 70}, 3, QColor(0, 128, 0, 128));
+        },
+        [](auto &v) {
+            v.arrowInCacheWithStartPoint({190, 5}, {20, 90}, 4, Qt::magenta);
+        },
+        [](auto &v) {
+            v.textInCacheWithStartPoint({12, 60}, "Doodle", 17.5, Qt::darkCyan);
+        },
+        [](auto &v) {
+            v.drawImage(QImage(":/nothing"), {0, 0, 5, 5});
+        },
+        [](auto &v) {
+            v.drawInTempWithPath(line({100, 10}, {120, 30}), 7, kRed);
+        },
+        [](auto &v) {
+            v.drawInCacheWithPath(line({5, 95}, {195, 5}), 3, Qt::black);
+        },
+    };
+    ZQDoodleDrawView inPlace, fresh;
+    inPlace.resize(200, 100);
+    fresh.resize(200, 100);
+    for (qsizetype i = 0; i < steps.size(); ++i) {
+        const QImage old = fresh.cacheImage();
+        QImage next(QSize(400, 200), QImage::Format_ARGB32_Premultiplied);
+        next.setDevicePixelRatio(kScale);
+        next.fill(Qt::transparent);
+        QPainter(&next).drawImage(QRectF(0, 0, 200, 100), old);
+        // drawInTempWithPath starts from an empty surface on both sides.
+        fresh.setCacheImage(i == 7 ? QImage() : next);
+        steps[i](fresh);
+        steps[i](inPlace);
+        QCOMPARE(inPlace.cacheImage(), fresh.cacheImage());
+    }
+}
+
+void TestCanvas::resizeStretchesOldPicture()
+{
+    ZQDoodleDrawView view;
+    view.resize(100, 100);
+    view.drawInCacheWithPath(line({0, 25}, {100, 25}), 50, kRed);
+    view.resize(200, 300);
+    QImage shown(QSize(400, 600), QImage::Format_ARGB32_Premultiplied);
+    shown.setDevicePixelRatio(kScale);
+    shown.fill(Qt::transparent);
+    view.render(&shown, QPoint(), QRegion(), QWidget::RenderFlags());
+    view.ellipseInCacheWithRect({150, 250, 20, 20}, 2, Qt::blue);
+    const QImage image = view.cacheImage();
+    QCOMPARE(image.size(), QSize(400, 600));
+    for (const QImage &picture : {shown, image}) {
+        QVERIFY(near(at(picture, {190, 10}), kRed) && near(at(picture, {10, 140}), kRed));
+        QCOMPARE(at(picture, {100, 160}).alpha(), 0);
+    }
+    QVERIFY(near(at(image, {150, 260}), Qt::blue));
+}
+
+void TestCanvas::repaintsOnlyTheChangedRectangle()
+{
+    struct PaintSpy : QObject
+    {
+        QRegion painted;
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            if (event->type() == QEvent::Paint)
+                painted |= static_cast<QPaintEvent *>(event)->region();
+            return false;
+        }
+    } spy;
+    ZQDoodleView board(QRect(0, 0, 300, 400));
+    board.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&board));
+    board.cacheCanvas()->installEventFilter(&spy);
+    board.drawInCacheWithPath(line({100, 100}, {120, 110}), 6, kRed);
+    QTRY_VERIFY(!spy.painted.isEmpty());
+    const QRect bounds = spy.painted.boundingRect();
+    QVERIFY(bounds.contains(QRect(97, 97, 26, 16)));
+    QVERIFY2(bounds.width() < 40 && bounds.height() < 30, qPrintable(QTest::toString(bounds)));
+}
+
+// The text's pixels sit where a top-aligned line laid out at the point puts them.
+void TestCanvas::textAtThePoint()
+{
+    LogCapture log;
+    ZQDoodleDrawView view;
+    view.resize(300, 100);
+    view.textInCacheWithStartPoint({40.5, 20}, "Hello", 24, kRed);
+    QCOMPARE(log.lines(), QStringList{"textInCacheWithStartPoint {40.5, 20},Hello,24.000000"});
+    QImage expected(view.cacheImage().size(), QImage::Format_ARGB32_Premultiplied);
+    expected.setDevicePixelRatio(kScale);
+    expected.fill(Qt::transparent);
+    QPainter painter(&expected);
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(24);
+    painter.setFont(font);
+    painter.setPen(kRed);
+    painter.drawText(QRectF(40.5, 20, 300, 100), Qt::AlignLeft | Qt::AlignTop, "Hello");
+    painter.end();
+    const QRectF drawn = paintedBounds(view.cacheImage()), wanted = paintedBounds(expected);
+    QVERIFY(!wanted.isEmpty());
+    for (auto edge : {&QRectF::left, &QRectF::top, &QRectF::right, &QRectF::bottom})
+        QVERIFY2(std::abs((drawn.*edge)() - (wanted.*edge)()) <= 1.0,
+                 qPrintable(QTest::toString(drawn)));
+}
+
+void TestCanvas::tempCanvases()
+{
+    ZQDoodleView board(QRect(0, 0, 50, 40));
+    QCOMPARE(board.tempCanvasCount(), 1u);
+    board.setTempCanvasCount(3);
+    board.setTempCanvasCount(1);
+    QCOMPARE(board.tempCanvasCount(), 3u);
+    QVERIFY(!board.getTempCanvas(3) && !board.getTempCanvas(quint64(-1)));
+    const QObjectList layers = board.children();
+    QCOMPARE(layers.size(), 5);
+    QCOMPARE(layers.at(1), board.cacheCanvas());
+    QCOMPARE(layers.at(4), board.getTempCanvas(2));
+    for (QObject *layer : layers)
+        QCOMPARE(static_cast<QWidget *>(layer)->geometry(), QRect(0, 0, 50, 40));
+    QVERIFY(board.getTempCanvas(0)->cacheImage().isNull());
+}
+
+using Member = std::function<void(ZQDoodleView &, QPointF, quint64)>;
+Q_DECLARE_METATYPE(Member)
+
+void TestCanvas::previewAndCommit_data()
+{
+    QTest::addColumn<Member>("temp");
+    QTest::addColumn<Member>("commit");
+    const QSizeF box(40, 30);
+    QTest::newRow("rect") << Member([=](auto &b, QPointF p, quint64 i) {
+        b.rectInTempWithPath({p, box}, 8, kRed, i);
+    }) << Member([=](auto &b, QPointF p, quint64 i) {
+        b.rectInCatchWithPath({p, box}, 8, kRed, i);
+    });
+    QTest::newRow("ellipse") << Member([=](auto &b, QPointF p, quint64 i) {
+        b.ellipseInTempWithPath({p, box}, 8, kRed, i);
+    }) << Member([=](auto &b, QPointF p, quint64 i) {
+        b.ellipseInCatchWithPath({p, box}, 8, kRed, i);
+    });
+    QTest::newRow("arrow") << Member([](auto &b, QPointF p, quint64 i) {
+        b.arrowInTempWithStartPoint(p, p + QPointF(40, 0), 8, kRed, i);
+    }) << Member([](auto &b, QPointF p, quint64 i) {
+        b.arrowInCatchWithStartPoint(p, p + QPointF(40, 0), 8, kRed, i);
+    });
+    QTest::newRow("stroke") << Member([](auto &b, QPointF p, quint64 i) {
+        b.drawInTempWithPath(line(p, p + QPointF(40, 0)), 8, kRed, i);
+    }) << Member([](auto &b, QPointF p, quint64 i) {
+        b.drawInCacheWithPath(line(p, p + QPointF(40, 0)), 8, kRed, i);
+    });
+}
+
+// A Temp member shows only the latest shape (strokes accumulate on purpose);
+// a Catch member commits to the cache canvas and empties the preview.
+void TestCanvas::previewAndCommit()
+{
+    QFETCH(Member, temp);
+    QFETCH(Member, commit);
+    const bool accumulates = QByteArray(QTest::currentDataTag()) == "stroke";
+    ZQDoodleView board(QRect(0, 0, 200, 200));
+    board.setTempCanvasCount(2);
+    temp(board, {20, 20}, 1);
+    temp(board, {20, 20}, 0);
+    temp(board, {120, 120}, 0);
+    const auto painted = [](ZQDoodleDrawView *c, QPointF p) {
+        return !paintedBounds(c->cacheImage()).intersected({p, QSizeF(40, 30)}).isEmpty();
+    };
+    QCOMPARE(painted(board.getTempCanvas(0), {20, 20}), accumulates);
+    QVERIFY(painted(board.getTempCanvas(0), {120, 120}) &&
+            painted(board.getTempCanvas(1), {20, 20}));
+    commit(board, {120, 120}, 0);
+    QVERIFY(board.getTempCanvas(0)->cacheImage().isNull() &&
+            !board.getTempCanvas(1)->cacheImage().isNull());
+    QVERIFY(painted(board.cacheCanvas(), {120, 120}) && !painted(board.cacheCanvas(), {20, 20}));
+    commit(board, {20, 20}, 7); // no such temp canvas: still commits
+    QVERIFY(painted(board.cacheCanvas(), {20, 20}));
+}
+
+void TestCanvas::eraserAndClearKeepBackground()
+{
+    QImage blue(10, 10, QImage::Format_ARGB32_Premultiplied);
+    blue.fill(Qt::blue);
+    ZQDoodleView board(QRect(0, 0, 200, 100), blue);
+    board.setBackgroundColor(Qt::green);
+    board.drawInCacheWithPath(line({0, 50}, {200, 50}), 40, kRed);
+    board.eraseInCacheWithPath(line({100, 0}, {100, 100}), 20);
+    QImage image = board.convertViewToImage();
+    QCOMPARE(image.size(), QSize(400, 200));
+    QVERIFY(near(at(image, {100, 50}), Qt::blue) && near(at(image, {20, 50}), kRed));
+    QVERIFY(near(at(image, {120, 20}), Qt::blue) && near(at(image, {20, 20}), Qt::green));
+    board.clearAll();
+    image = board.convertViewToImage();
+    QVERIFY(near(at(image, {100, 50}), Qt::blue) && near(at(image, {20, 50}), Qt::green));
+}
+
+void TestCanvas::imageOrientation_data()
+{
+    QTest::addColumn<qint32>("code");
+    QTest::addColumn<QPointF>("redAt"); // the red half of a red-left, blue-right picture
+    QTest::newRow("0 as is") << 0 << QPointF(25, 50);
+    QTest::newRow("1 right") << 1 << QPointF(50, 25);
+    QTest::newRow("2 down") << 2 << QPointF(75, 50);
+    QTest::newRow("3 left") << 3 << QPointF(50, 75);
+    QTest::newRow("4 as is") << 4 << QPointF(25, 50);
+}
+
+void TestCanvas::imageOrientation()
+{
+    QFETCH(qint32, code);
+    QFETCH(QPointF, redAt);
+    QImage picture(2, 2, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::blue);
+    picture.setPixelColor(0, 0, kRed);
+    picture.setPixelColor(0, 1, kRed);
+    ZQDoodleView board(QRect(0, 0, 100, 100));
+    board.drawImageInCache(picture, {0, 0, 100, 100}, code);
+    const QImage image = board.cacheCanvas()->cacheImage();
+    QVERIFY(near(at(image, redAt), kRed, 40));
+    QVERIFY(near(at(image, QPointF(100, 100) - redAt), Qt::blue, 40));
+}
+
+void TestCanvas::textField()
+{
+    Recorder recorder;
+    ZQDoodleView board(QRect(0, 0, 300, 200));
+    board.setDelegate(&recorder);
+    board.show();
+    QApplication::setActiveWindow(&board);
+    QVERIFY(QTest::qWaitForWindowActive(&board));
+    board.textInTempWithStartPoint({30, 40}, "ignored", 18, Qt::blue);
+    QLineEdit *field = board.tempTextField();
+    QVERIFY(field && field->text().isEmpty());
+    QCOMPARE(field->parentWidget(), board.getTempCanvas(0));
+    QCOMPARE(field->geometry(), QRect(30, 40, 150, 28));
+    QCOMPARE(QFontInfo(field->font()).pixelSize(), 18);
+    QCOMPARE(field->palette().color(QPalette::Text), QColor(Qt::blue));
+    QTRY_VERIFY(field->hasFocus());
+    QCOMPARE(board.childAt(40, 50), field);
+    QTest::keyClicks(field, "hi");
+    QTest::keyClick(field, Qt::Key_Return);
+    QCOMPARE(recorder.texts, QStringList{"hi"});
+    QVERIFY(!field->hasFocus());
+    QTest::keyClick(field, Qt::Key_Return);
+    QCOMPARE(recorder.texts, QStringList({"hi", "hi"}));
+    board.getTempCanvas(0)->cleanAllPath();
+    QVERIFY(board.getTempCanvas(0)->findChildren<QWidget *>().isEmpty());
+    QCOMPARE(board.childAt(40, 50), nullptr);
+}
+
+QTEST_MAIN(TestCanvas)
+#include "tst_canvas.moc"
