@@ -54,6 +54,15 @@ QPainterPath line(QPointF from, QPointF to)
     return path;
 }
 
+QImage halves()
+{
+    QImage picture(2, 2, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::blue);
+    picture.setPixelColor(0, 0, kRed);
+    picture.setPixelColor(0, 1, kRed);
+    return picture;
+}
+
 struct Recorder : ZQDoodleViewDelegate
 {
     QStringList texts;
@@ -71,6 +80,7 @@ private slots:
     void badInput_data();
     void badInput();
     void inPlaceEqualsFreshComposition();
+    void imagePartlyOutside();
     void resizeStretchesOldPicture();
     void repaintsOnlyTheChangedRectangle();
     void textAtThePoint();
@@ -108,6 +118,10 @@ void TestCanvas::shapes_data()
     }) << Points{{179, 100}, {163, 92}, {163, 108}, {165, 106}, {100, 102}}
                                 << Points{{162, 82},  {162, 118}, {150, 105},
                                           {100, 104}, {189, 100}, {180, 93}};
+    QTest::newRow("image") << Draw([](auto &v) {
+        v.drawImage(halves(), {150, 100, 100, 60});
+    }) << Points{{152, 102}, {160, 150}}
+                           << Points{{148, 130}, {160, 98}};
 }
 
 void TestCanvas::shapes()
@@ -220,7 +234,7 @@ void TestCanvas::inPlaceEqualsFreshComposition()
             v.textInCacheWithStartPoint({12, 60}, "Doodle", 17.5, Qt::darkCyan);
         },
         [](auto &v) {
-            v.drawImage(QImage(":/nothing"), {0, 0, 5, 5});
+            v.drawImage(halves(), {-20, 30, 100, 30});
         },
         [](auto &v) {
             v.drawInTempWithPath(line({100, 10}, {120, 30}), 7, kRed);
@@ -244,6 +258,23 @@ void TestCanvas::inPlaceEqualsFreshComposition()
         steps[i](inPlace);
         QCOMPARE(inPlace.cacheImage(), fresh.cacheImage());
     }
+}
+
+// A picture that reaches beyond the surface looks as if drawn whole.
+void TestCanvas::imagePartlyOutside()
+{
+    ZQDoodleDrawView view;
+    view.resize(200, 160);
+    view.drawImage(halves(), {150, 100, 100, 60});
+    QImage whole(QSize(500, 320), QImage::Format_ARGB32_Premultiplied);
+    whole.setDevicePixelRatio(kScale);
+    whole.fill(Qt::transparent);
+    QPainter painter(&whole);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(QRectF(150, 100, 100, 60), halves());
+    painter.end();
+    for (double x = 150; x < 200; x += 5)
+        QVERIFY(near(at(view.cacheImage(), {x, 130}), at(whole, {x, 130}), 2));
 }
 
 void TestCanvas::resizeStretchesOldPicture()
@@ -419,10 +450,7 @@ void TestCanvas::imageOrientation()
 {
     QFETCH(qint32, code);
     QFETCH(QPointF, redAt);
-    QImage picture(2, 2, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(Qt::blue);
-    picture.setPixelColor(0, 0, kRed);
-    picture.setPixelColor(0, 1, kRed);
+    const QImage picture = halves();
     ZQDoodleView board(QRect(0, 0, 100, 100));
     board.drawImageInCache(picture, {0, 0, 100, 100}, code);
     const QImage image = board.cacheCanvas()->cacheImage();

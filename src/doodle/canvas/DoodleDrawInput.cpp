@@ -9,7 +9,7 @@
 
 namespace {
 // Text sizes above this many surface diagonals show only a part of one glyph.
-constexpr double kTextSizeDiagonals = 4.0;
+constexpr double kTextSizeDiagonals = 2.0;
 // No visible glyph of the system font advances by less than this share of
 // its size, so a line holds at most width / (share * size) visible glyphs.
 constexpr double kMinAdvanceShare = 0.1;
@@ -19,14 +19,6 @@ constexpr qsizetype kMaxTextChars = 4096;
 double diagonal(const QSizeF &bounds)
 {
     return std::hypot(bounds.width(), bounds.height());
-}
-
-// Distance from the point to the nearest point of the rectangle (0 inside).
-double distanceTo(const QPointF &point, const QRectF &rect)
-{
-    const double dx = std::max({rect.left() - point.x(), 0.0, point.x() - rect.right()});
-    const double dy = std::max({rect.top() - point.y(), 0.0, point.y() - rect.bottom()});
-    return std::hypot(dx, dy);
 }
 } // namespace
 
@@ -49,15 +41,19 @@ bool DoodleDrawInput::isFinite(const QPainterPath &path)
     return true;
 }
 
+double DoodleDrawInput::coveringWidth(const QPointF &anchor, const QSizeF &bounds)
+{
+    const double dx = std::max(std::abs(anchor.x()), std::abs(bounds.width() - anchor.x()));
+    const double dy = std::max(std::abs(anchor.y()), std::abs(bounds.height() - anchor.y()));
+    return 2.0 * std::hypot(dx, dy);
+}
+
 std::optional<double> DoodleDrawInput::lineWidth(double width, const QPointF &anchor,
                                                  const QSizeF &bounds)
 {
     if (std::isnan(width) || width < 0.0)
         return std::nullopt;
-    // Every pixel lies within this distance of the anchor, which is on the
-    // shape: a stroke twice as wide covers the surface just as a wider one.
-    const double reach = diagonal(bounds) + distanceTo(anchor, QRectF(QPointF(), bounds));
-    return std::min(width, 2.0 * reach + 2.0);
+    return std::min(width, coveringWidth(anchor, bounds) + 2.0);
 }
 
 std::optional<double> DoodleDrawInput::textSize(double size, const QSizeF &bounds)

@@ -21,9 +21,11 @@ public:
     static bool isFinite(const QRectF &rect);
     static bool isFinite(const QPainterPath &path);
 
-    // The width to stroke with: none for NaN and negative widths; widths so
-    // large that a stroke through `anchor` covers the whole surface anyway are
-    // lowered to one that still covers it.
+    // The width from which a stroke through `anchor` covers the whole surface:
+    // twice the distance to the farthest corner.
+    static double coveringWidth(const QPointF &anchor, const QSizeF &bounds);
+    // The width to stroke with: none for NaN and negative widths; wider than
+    // the covering width only by a margin.
     static std::optional<double> lineWidth(double width, const QPointF &anchor,
                                            const QSizeF &bounds);
     // The font size to draw with: none unless finite and positive; at most a

@@ -155,9 +155,16 @@ void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const 
     if (!usable)
         return;
     const QPen pen(orBlack(color), *usable, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    // A stroke that reaches every corner is the whole surface, and filling it
+    // costs far less than stroking a path that wide.
+    const bool covers =
+        !path.isEmpty() && *usable >= DoodleDrawInput::coveringWidth(firstPoint(path), size());
     paintShape(grown(path.controlPointRect(), *usable / 2), [&](QPainter &painter) {
         painter.setCompositionMode(mode);
-        painter.strokePath(path, pen);
+        if (covers)
+            painter.fillRect(rect(), pen.color());
+        else
+            painter.strokePath(path, pen);
     });
 }
 
@@ -289,15 +296,36 @@ void ZQDoodleDrawView::drawImage(const QImage &image, const QRectF &rect)
     }
     if (image.isNull())
         return;
-    paintShape(grown(rect, 0.0), [&](QPainter &painter) {
+    // Only the part of the picture that lands on the surface is scaled, with
+    // two picture pixels around it so that smoothing samples the same pixels.
+    QRectF target = rect, source = image.rect();
+    if (rect.width() > 0 && rect.height() > 0) {
+        const double sx = image.width() / rect.width(), sy = image.height() / rect.height();
+        target = rect & QRectF(this->rect()).adjusted(-2 / sx, -2 / sy, 2 / sx, 2 / sy);
+        source = QRectF((target.x() - rect.x()) * sx, (target.y() - rect.y()) * sy,
+                        target.width() * sx, target.height() * sy);
+    }
+    paintShape(grown(target, 0.0), [&](QPainter &painter) {
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawImage(rect, image);
+        if (!target.isEmpty())
+            painter.drawImage(target, image, source);
     });
 }
 
 void ZQDoodleDrawView::cleanAllPath()
 {
     clearPicture(true);
+    removeChildWidgets();
+}
+
+void ZQDoodleDrawView::cleanForRedraw()
+{
+    clearPicture(false);
+    removeChildWidgets();
+}
+
+void ZQDoodleDrawView::removeChildWidgets()
+{
     const auto widgets = findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
     for (QWidget *child : widgets) {
         // Deferred: the child may be the sender of the signal that led here.

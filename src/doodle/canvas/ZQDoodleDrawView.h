@@ -43,6 +43,9 @@ public:
     void drawImage(const QImage &image, const QRectF &rect);
     // Empties the surface and removes every child widget (a text field, say).
     void cleanAllPath();
+    // Like cleanAllPath, but keeps the picture's memory (cleared) for a shape
+    // drawn right after, as a preview redrawn on every move is.
+    void cleanForRedraw();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -51,6 +54,7 @@ protected:
 private:
     bool preparePicture();
     void clearPicture(bool release);
+    void removeChildWidgets();
     template <typename Draw> void paintShape(const QRectF &dirty, Draw draw);
     void strokePath(const QPainterPath &path, double width, const QColor &color,
                     QPainter::CompositionMode mode);

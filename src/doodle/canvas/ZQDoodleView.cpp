@@ -141,14 +141,17 @@ void ZQDoodleView::layoutSubviews()
         canvas->setGeometry(rect());
 }
 
-ZQDoodleDrawView *ZQDoodleView::cleanedTempCanvas(quint64 index)
+ZQDoodleDrawView *ZQDoodleView::cleanedTempCanvas(quint64 index, bool redraw)
 {
     ZQDoodleDrawView *canvas = getTempCanvas(index);
-    if (canvas) {
-        // A hidden board gets its resize event only when shown.
-        canvas->setGeometry(rect());
+    if (!canvas)
+        return nullptr;
+    // A hidden board gets its resize event only when shown.
+    canvas->setGeometry(rect());
+    if (redraw)
+        canvas->cleanForRedraw();
+    else
         canvas->cleanAllPath();
-    }
     return canvas;
 }
 
@@ -171,7 +174,7 @@ void ZQDoodleView::drawInTempWithPath(const QPainterPath &path, double lineWidth
 void ZQDoodleView::drawInCacheWithPath(const QPainterPath &path, double lineWidth,
                                        const QColor &lineColor, quint64 index)
 {
-    cleanedTempCanvas(index);
+    cleanedTempCanvas(index, false);
     if (ZQDoodleDrawView *cache = laidOutCacheCanvas())
         cache->drawInCacheWithPath(path, lineWidth, lineColor);
 }
@@ -179,14 +182,14 @@ void ZQDoodleView::drawInCacheWithPath(const QPainterPath &path, double lineWidt
 void ZQDoodleView::rectInTempWithPath(const QRectF &rect, double lineWidth, const QColor &lineColor,
                                       quint64 index)
 {
-    if (ZQDoodleDrawView *canvas = cleanedTempCanvas(index))
+    if (ZQDoodleDrawView *canvas = cleanedTempCanvas(index, true))
         canvas->rectangleInCacheWithRect(rect, lineWidth, lineColor);
 }
 
 void ZQDoodleView::rectInCatchWithPath(const QRectF &rect, double lineWidth,
                                        const QColor &lineColor, quint64 index)
 {
-    cleanedTempCanvas(index);
+    cleanedTempCanvas(index, false);
     if (ZQDoodleDrawView *cache = laidOutCacheCanvas())
         cache->rectangleInCacheWithRect(rect, lineWidth, lineColor);
 }
@@ -194,14 +197,14 @@ void ZQDoodleView::rectInCatchWithPath(const QRectF &rect, double lineWidth,
 void ZQDoodleView::ellipseInTempWithPath(const QRectF &rect, double lineWidth,
                                          const QColor &lineColor, quint64 index)
 {
-    if (ZQDoodleDrawView *canvas = cleanedTempCanvas(index))
+    if (ZQDoodleDrawView *canvas = cleanedTempCanvas(index, true))
         canvas->ellipseInCacheWithRect(rect, lineWidth, lineColor);
 }
 
 void ZQDoodleView::ellipseInCatchWithPath(const QRectF &rect, double lineWidth,
                                           const QColor &lineColor, quint64 index)
 {
-    cleanedTempCanvas(index);
+    cleanedTempCanvas(index, false);
     if (ZQDoodleDrawView *cache = laidOutCacheCanvas())
         cache->ellipseInCacheWithRect(rect, lineWidth, lineColor);
 }
@@ -210,7 +213,7 @@ void ZQDoodleView::arrowInTempWithStartPoint(const QPointF &start, const QPointF
                                              double lineWidth, const QColor &lineColor,
                                              quint64 index)
 {
-    if (ZQDoodleDrawView *canvas = cleanedTempCanvas(index))
+    if (ZQDoodleDrawView *canvas = cleanedTempCanvas(index, true))
         canvas->arrowInCacheWithStartPoint(start, end, lineWidth, lineColor);
 }
 
@@ -218,7 +221,7 @@ void ZQDoodleView::arrowInCatchWithStartPoint(const QPointF &start, const QPoint
                                               double lineWidth, const QColor &lineColor,
                                               quint64 index)
 {
-    cleanedTempCanvas(index);
+    cleanedTempCanvas(index, false);
     if (ZQDoodleDrawView *cache = laidOutCacheCanvas())
         cache->arrowInCacheWithStartPoint(start, end, lineWidth, lineColor);
 }
@@ -228,7 +231,7 @@ void ZQDoodleView::arrowInCatchWithStartPoint(const QPointF &start, const QPoint
 void ZQDoodleView::textInTempWithStartPoint(const QPointF &point, const QString &, double textSize,
                                             const QColor &color, quint64 index)
 {
-    ZQDoodleDrawView *canvas = cleanedTempCanvas(index);
+    ZQDoodleDrawView *canvas = cleanedTempCanvas(index, false);
     if (!canvas)
         return;
     const double size = DoodleDrawInput::textSize(textSize, canvas->size()).value_or(0.0);
@@ -250,7 +253,7 @@ void ZQDoodleView::textInTempWithStartPoint(const QPointF &point, const QString 
 void ZQDoodleView::textInCatchWithStartPoint(const QPointF &point, const QString &text,
                                              double textSize, const QColor &color, quint64 index)
 {
-    cleanedTempCanvas(index);
+    cleanedTempCanvas(index, false);
     if (ZQDoodleDrawView *cache = laidOutCacheCanvas())
         cache->textInCacheWithStartPoint(point, text, textSize, color);
 }

@@ -96,8 +96,8 @@ private:
     void buildLayers();
     ZQDoodleDrawView *makeCanvas();
     void onTextFieldReturn(QLineEdit *field);
-    // Temp canvas `index` after cleanAllPath, or nullptr when there is none.
-    ZQDoodleDrawView *cleanedTempCanvas(quint64 index);
+    // Temp canvas `index`, emptied (its memory kept for a redraw), or nullptr.
+    ZQDoodleDrawView *cleanedTempCanvas(quint64 index, bool redraw);
     // The cache canvas with the board's current bounds.
     ZQDoodleDrawView *laidOutCacheCanvas();
 
