@@ -120,8 +120,10 @@ void ZQDoodleDrawView::clearPicture(bool release)
 {
     if (m_cacheImage.isNull())
         return;
-    update(m_paintedRect);
-    if (release) {
+    // A picture of another size shows stretched over the whole surface.
+    const bool fits = m_cacheImage.deviceIndependentSize() == QSizeF(size());
+    update(fits ? m_paintedRect : rect());
+    if (release || !fits) {
         m_cacheImage = QImage();
     } else if (!m_paintedRect.isEmpty()) {
         QPainter painter(&m_cacheImage);
@@ -215,7 +217,7 @@ void ZQDoodleDrawView::ellipseInCacheWithRect(const QRectF &rect, double width, 
     // the whole inside; the outline's inner edge would fold over and leave a
     // hole, so fill the outer edge instead.
     const QRectF box = rect.normalized();
-    const bool filled = *usable / 2 >= std::min(box.width(), box.height()) / 2;
+    const bool filled = *usable > 0 && *usable >= std::min(box.width(), box.height());
     paintShape(grown(rect, *usable / 2), [&](QPainter &painter) {
         if (filled) {
             painter.setPen(Qt::NoPen);
@@ -296,19 +298,9 @@ void ZQDoodleDrawView::drawImage(const QImage &image, const QRectF &rect)
     }
     if (image.isNull())
         return;
-    // Only the part of the picture that lands on the surface is scaled, with
-    // two picture pixels around it so that smoothing samples the same pixels.
-    QRectF target = rect, source = image.rect();
-    if (rect.width() > 0 && rect.height() > 0) {
-        const double sx = image.width() / rect.width(), sy = image.height() / rect.height();
-        target = rect & QRectF(this->rect()).adjusted(-2 / sx, -2 / sy, 2 / sx, 2 / sy);
-        source = QRectF((target.x() - rect.x()) * sx, (target.y() - rect.y()) * sy,
-                        target.width() * sx, target.height() * sy);
-    }
-    paintShape(grown(target, 0.0), [&](QPainter &painter) {
+    paintShape(grown(rect, 0.0), [&](QPainter &painter) {
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        if (!target.isEmpty())
-            painter.drawImage(target, image, source);
+        painter.drawImage(rect, image);
     });
 }
 
