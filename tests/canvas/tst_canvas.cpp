@@ -142,9 +142,9 @@ void TestCanvas::shapes_data()
         << Points{{100, 80}, {53, 53}};
     // Width 6: apex at (180, 100), base corners at (162, 91) and (162, 109).
     QTest::newRow("arrow head") << Shape{'>', {20, 100}, {180, 100}, 6}
-                                << Points{{179, 100}, {163, 92}, {163, 108}, {165, 106}, {100, 102}}
+                                << Points{{179, 100}, {160, 89.5}, {160, 110.5}, {100, 102}}
                                 << Points{
-                                       {162, 82}, {162, 118}, {150, 105}, {100, 104}, {189, 100}};
+                                       {162, 85}, {162, 115}, {157, 106}, {100, 104}, {189, 100}};
     QTest::newRow("image") << Shape{'i', {150, 100}, {250, 160}, 0}
                            << Points{{152, 102}, {160, 150}} << Points{{148, 130}, {160, 98}};
 }
@@ -329,6 +329,9 @@ void TestCanvas::tempCanvases()
     for (QObject *layer : layers)
         QCOMPARE(static_cast<QWidget *>(layer)->geometry(), QRect(0, 0, 50, 40));
     QVERIFY(board.getTempCanvas(0)->cacheImage().isNull());
+    board.resize(80, 60); // hidden: no resize event until shown
+    board.rectInCatchWithPath({10, 10, 20, 20}, 2, kRed);
+    QCOMPARE(board.cacheCanvas()->cacheImage().size(), QSize(160, 120));
 }
 
 void TestCanvas::previewAndCommit_data()
