@@ -8,8 +8,9 @@
 #include <cmath>
 
 namespace {
-// Text sizes above this many surface diagonals show only a part of one glyph.
-constexpr double kTextSizeDiagonals = 2.0;
+// Text sizes above this many surface diagonals show only a part of one glyph
+// and cost milliseconds per glyph to render.
+constexpr double kTextSizeDiagonals = 1.0;
 // No visible glyph of the system font advances by less than this share of
 // its size, so a line holds at most width / (share * size) visible glyphs.
 constexpr double kMinAdvanceShare = 0.1;

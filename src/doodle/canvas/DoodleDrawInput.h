@@ -28,8 +28,8 @@ public:
     // the covering width only by a margin.
     static std::optional<double> lineWidth(double width, const QPointF &anchor,
                                            const QSizeF &bounds);
-    // The font size to draw with: none unless finite and positive; at most a
-    // few surface diagonals.
+    // The font size to draw with: none unless positive; at most the
+    // surface's diagonal, beyond which one glyph alone covers the surface.
     static std::optional<double> textSize(double size, const QSizeF &bounds);
     // The start of a one-line text that can reach the surface's right edge
     // from `x`; the rest can never be visible.
