@@ -2,7 +2,6 @@
 
 #include <QFontDatabase>
 #include <QLocale>
-#include <QPaintDevice>
 
 #include <algorithm>
 #include <cmath>
@@ -78,14 +77,10 @@ QString DoodleDrawInput::visibleText(const QString &text, double x, double surfa
     return text.left(count);
 }
 
-QFont DoodleDrawInput::systemFont(double pixelSize, const QPaintDevice *device)
+QFont DoodleDrawInput::systemFont(double pixelSize)
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    const int dpi = device ? device->logicalDpiY() : 0;
-    if (pixelSize == std::round(pixelSize) || dpi <= 0)
-        font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
-    else
-        font.setPointSizeF(pixelSize * 72.0 / dpi);
+    font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
     return font;
 }
 

@@ -9,8 +9,6 @@
 
 #include <optional>
 
-class QPaintDevice;
-
 // Checks and bounds for the numbers a drawing primitive is given, so that no
 // input makes a primitive crash, hang or allocate without limit. Internal to
 // the canvas.
@@ -35,9 +33,9 @@ public:
     // from `x`; the rest can never be visible.
     static QString visibleText(const QString &text, double x, double surfaceWidth,
                                double pixelSize);
-    // The system font whose size is `pixelSize` device-independent pixels on
-    // `device` (fractions kept).
-    static QFont systemFont(double pixelSize, const QPaintDevice *device);
+    // The system font whose pixel size, in device-independent pixels, is
+    // `pixelSize` rounded (the font engine renders whole pixel sizes only).
+    static QFont systemFont(double pixelSize);
     // A point as "{x, y}", each number in its shortest exact form.
     static QString pointText(const QPointF &point);
 };

@@ -283,7 +283,7 @@ void ZQDoodleDrawView::textInCacheWithStartPoint(const QPointF &point, const QSt
     const QRectF dirty(QPointF(point.x() - px, point.y() - px),
                        QPointF(width(), point.y() + 3 * px));
     paintShape(dirty, [&](QPainter &painter) {
-        painter.setFont(DoodleDrawInput::systemFont(px, painter.device()));
+        painter.setFont(DoodleDrawInput::systemFont(px));
         painter.setPen(orBlack(color));
         const QFontMetricsF metrics(painter.font(), painter.device());
         painter.drawText(QPointF(point.x(), point.y() + metrics.ascent()), shown);

@@ -239,7 +239,7 @@ void ZQDoodleView::textInTempWithStartPoint(const QPointF &point, const QString 
     m_tempTextField = field;
     field->setGeometry(qRound(fieldCoordinate(point.x())), qRound(fieldCoordinate(point.y())),
                        kTextFieldWidth, int(std::lround(size)) + kTextFieldExtraHeight);
-    field->setFont(DoodleDrawInput::systemFont(std::max(size, 1.0), field));
+    field->setFont(DoodleDrawInput::systemFont(size));
     if (color.isValid()) {
         QPalette palette = field->palette();
         palette.setColor(QPalette::Text, color);
