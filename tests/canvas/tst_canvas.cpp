@@ -55,6 +55,16 @@ QRectF paintedBounds(const QImage &image)
     return QRectF(box.topLeft() / ratio, box.size() / ratio);
 }
 
+QByteArray text(const QPointF &point)
+{
+    return QByteArray::number(point.x()) + ", " + QByteArray::number(point.y());
+}
+
+QByteArray text(const QRectF &rect)
+{
+    return text(rect.topLeft()) + " " + text(rect.bottomRight());
+}
+
 QPainterPath line(QPointF from, QPointF to)
 {
     QPainterPath path(from);
@@ -160,9 +170,9 @@ void TestCanvas::shapes()
     const QImage image = view.cacheImage();
     QCOMPARE(image.size(), QSize(400, 320));
     for (const QPointF &point : inside)
-        QVERIFY2(near(at(image, point), kRed), qPrintable(QTest::toString(point)));
+        QVERIFY2(near(at(image, point), kRed), text(point).constData());
     for (const QPointF &point : outside)
-        QVERIFY2(at(image, point).alpha() == 0, qPrintable(QTest::toString(point)));
+        QVERIFY2(at(image, point).alpha() == 0, text(point).constData());
 }
 
 enum class Expect
@@ -286,7 +296,7 @@ void TestCanvas::repaintsOnlyTheChangedRectangle()
     QTRY_VERIFY(!spy.painted.isEmpty());
     const QRect bounds = spy.painted.boundingRect();
     QVERIFY(bounds.contains(QRect(97, 97, 26, 16)));
-    QVERIFY2(bounds.width() < 40 && bounds.height() < 30, qPrintable(QTest::toString(bounds)));
+    QVERIFY2(bounds.width() < 40 && bounds.height() < 30, text(QRectF(bounds)).constData());
 }
 
 // The text's pixels sit where a top-aligned line laid out at the point puts them.
@@ -310,8 +320,7 @@ void TestCanvas::textAtThePoint()
     const QRectF drawn = paintedBounds(view.cacheImage()), wanted = paintedBounds(expected);
     QVERIFY(!wanted.isEmpty());
     for (auto edge : {&QRectF::left, &QRectF::top, &QRectF::right, &QRectF::bottom})
-        QVERIFY2(std::abs((drawn.*edge)() - (wanted.*edge)()) <= 1.0,
-                 qPrintable(QTest::toString(drawn)));
+        QVERIFY2(std::abs((drawn.*edge)() - (wanted.*edge)()) <= 1.0, text(drawn).constData());
 }
 
 void TestCanvas::tempCanvases()
