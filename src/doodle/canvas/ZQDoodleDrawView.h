@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <QPainter>
 #include <QPainterPath>
 #include <QPointF>
 #include <QRectF>
@@ -42,10 +43,23 @@ public:
     void drawImage(const QImage &image, const QRectF &rect);
     // Empties the surface and removes every child widget (a text field, say).
     void cleanAllPath();
+    // Like cleanAllPath, but keeps the picture's memory (cleared) for a shape
+    // drawn right after, as a preview redrawn on every move is.
+    void cleanForRedraw();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void childEvent(QChildEvent *event) override;
 
 private:
+    bool preparePicture();
+    void clearPicture(bool release);
+    void removeChildWidgets();
+    template <typename Draw> void paintShape(const QRectF &dirty, Draw draw);
+    void strokePath(const QPainterPath &path, double width, const QColor &color,
+                    QPainter::CompositionMode mode);
+
     QImage m_cacheImage;
+    // Union of the rectangles painted since the picture was last empty.
+    QRect m_paintedRect;
 };

@@ -95,7 +95,11 @@ protected:
 private:
     void buildLayers();
     ZQDoodleDrawView *makeCanvas();
-    void onTextFieldReturn();
+    void onTextFieldReturn(QLineEdit *field);
+    // Temp canvas `index`, emptied (its memory kept for a redraw), or nullptr.
+    ZQDoodleDrawView *cleanedTempCanvas(quint64 index, bool redraw);
+    // The cache canvas with the board's current bounds.
+    ZQDoodleDrawView *laidOutCacheCanvas();
 
     DoodleWeak<ZQDoodleViewDelegate> m_delegate;
     QColor m_backgroundColor;

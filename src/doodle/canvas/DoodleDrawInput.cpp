@@ -1,0 +1,93 @@
+#include "DoodleDrawInput.h"
+
+#include <QFontDatabase>
+#include <QLocale>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+// Text sizes above this many surface diagonals show only a part of one glyph
+// and cost milliseconds per glyph to render.
+constexpr double kTextSizeDiagonals = 1.0;
+// No visible glyph of the system font advances by less than this share of
+// its size, so a line holds at most width / (share * size) visible glyphs.
+constexpr double kMinAdvanceShare = 0.1;
+// Characters drawn at most, whatever the surface: keeps shaping bounded.
+constexpr qsizetype kMaxTextChars = 4096;
+
+double diagonal(const QSizeF &bounds)
+{
+    return std::hypot(bounds.width(), bounds.height());
+}
+} // namespace
+
+bool DoodleDrawInput::isFinite(const QPointF &point)
+{
+    return std::isfinite(point.x()) && std::isfinite(point.y());
+}
+
+bool DoodleDrawInput::isFinite(const QRectF &rect)
+{
+    return isFinite(rect.topLeft()) && std::isfinite(rect.width()) && std::isfinite(rect.height());
+}
+
+bool DoodleDrawInput::isFinite(const QPainterPath &path)
+{
+    for (int i = 0; i < path.elementCount(); ++i) {
+        if (!isFinite(QPointF(path.elementAt(i))))
+            return false;
+    }
+    return true;
+}
+
+double DoodleDrawInput::coveringWidth(const QPointF &anchor, const QSizeF &bounds)
+{
+    const double dx = std::max(std::abs(anchor.x()), std::abs(bounds.width() - anchor.x()));
+    const double dy = std::max(std::abs(anchor.y()), std::abs(bounds.height() - anchor.y()));
+    return 2.0 * std::hypot(dx, dy);
+}
+
+std::optional<double> DoodleDrawInput::lineWidth(double width, const QPointF &anchor,
+                                                 const QSizeF &bounds)
+{
+    if (std::isnan(width) || width < 0.0)
+        return std::nullopt;
+    return std::min(width, coveringWidth(anchor, bounds) + 2.0);
+}
+
+std::optional<double> DoodleDrawInput::textSize(double size, const QSizeF &bounds)
+{
+    if (!(size > 0.0))
+        return std::nullopt;
+    return std::min(size, std::max(1.0, kTextSizeDiagonals * diagonal(bounds)));
+}
+
+QString DoodleDrawInput::visibleText(const QString &text, double x, double surfaceWidth,
+                                     double pixelSize)
+{
+    // One glyph of slack on the left for overhangs such as italics.
+    const double room = std::max(0.0, surfaceWidth - x) + pixelSize;
+    const double fitting = std::ceil(room / (kMinAdvanceShare * pixelSize)) + 1.0;
+    qsizetype count = qsizetype(std::min(fitting, double(kMaxTextChars)));
+    if (count >= text.size())
+        return text;
+    if (text.at(count - 1).isHighSurrogate())
+        --count;
+    return text.left(count);
+}
+
+QFont DoodleDrawInput::systemFont(double pixelSize)
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
+    return font;
+}
+
+QString DoodleDrawInput::pointText(const QPointF &point)
+{
+    const auto number = [](double value) {
+        return QString::number(value, 'g', QLocale::FloatingPointShortest);
+    };
+    return QStringLiteral("{%1, %2}").arg(number(point.x()), number(point.y()));
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QFont>
+#include <QPainterPath>
+#include <QPointF>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+
+#include <optional>
+
+// Checks and bounds for the numbers a drawing primitive is given, so that no
+// input makes a primitive crash, hang or allocate without limit. Internal to
+// the canvas.
+class DoodleDrawInput
+{
+public:
+    static bool isFinite(const QPointF &point);
+    static bool isFinite(const QRectF &rect);
+    static bool isFinite(const QPainterPath &path);
+
+    // The width from which a stroke through `anchor` covers the whole surface:
+    // twice the distance to the farthest corner.
+    static double coveringWidth(const QPointF &anchor, const QSizeF &bounds);
+    // The width to stroke with: none for NaN and negative widths; wider than
+    // the covering width only by a margin.
+    static std::optional<double> lineWidth(double width, const QPointF &anchor,
+                                           const QSizeF &bounds);
+    // The font size to draw with: none unless positive; at most the
+    // surface's diagonal, beyond which one glyph alone covers the surface.
+    static std::optional<double> textSize(double size, const QSizeF &bounds);
+    // The start of a one-line text that can reach the surface's right edge
+    // from `x`; the rest can never be visible.
+    static QString visibleText(const QString &text, double x, double surfaceWidth,
+                               double pixelSize);
+    // The system font whose pixel size, in device-independent pixels, is
+    // `pixelSize` rounded (the font engine renders whole pixel sizes only).
+    static QFont systemFont(double pixelSize);
+    // A point as "{x, y}", each number in its shortest exact form.
+    static QString pointText(const QPointF &point);
+};

@@ -1,0 +1,359 @@
+#include "ZQDoodleDrawView.h"
+
+#include "DoodleDrawInput.h"
+
+#include <doodle/support/DoodleLog.h>
+#include <doodle/support/DoodleScreen.h>
+
+#include <QChildEvent>
+#include <QPaintEvent>
+#include <QPolygonF>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+// Room for antialiased edge pixels around every repainted shape.
+constexpr double kAntialiasMargin = 1.0;
+// Joins stay mitred down to about 11.5 degrees (a miter length of ten widths).
+constexpr double kMiterLimit = 5.0;
+
+QColor orBlack(const QColor &color)
+{
+    return color.isValid() ? color : QColor(Qt::black);
+}
+
+QRectF grown(const QRectF &rect, double radius)
+{
+    const double margin = radius + kAntialiasMargin;
+    return rect.normalized().adjusted(-margin, -margin, margin, margin);
+}
+
+void logSkipped(const char *primitive, const QString &reason)
+{
+    doodleLog(QStringLiteral("%1 skipped: %2").arg(QLatin1String(primitive), reason));
+}
+
+// The width to draw with, or none (and a log line) when the geometry is not
+// finite or the width is unusable.
+std::optional<double> checkedWidth(const char *primitive, double width, const QPointF &anchor,
+                                   const QSizeF &bounds, bool finite)
+{
+    if (!finite) {
+        logSkipped(primitive, QStringLiteral("coordinates not finite"));
+        return std::nullopt;
+    }
+    const auto usable = DoodleDrawInput::lineWidth(width, anchor, bounds);
+    if (!usable)
+        logSkipped(primitive, QStringLiteral("width %1").arg(DoodleNumber::printfF(width)));
+    return usable;
+}
+
+// The outer edge of the stroke of the ellipse inscribed in `box`: every
+// point of the ellipse moved outwards along its normal by `distance`.
+QPolygonF outerEdge(const QRectF &box, double distance)
+{
+    constexpr int kSteps = 360;
+    const double a = box.width() / 2, b = box.height() / 2;
+    QPolygonF edge;
+    edge.reserve(kSteps);
+    for (int i = 0; i < kSteps; ++i) {
+        const double t = 2 * M_PI * i / kSteps;
+        QPointF normal(b * std::cos(t), a * std::sin(t));
+        const double length = std::hypot(normal.x(), normal.y());
+        normal = length > 0 ? normal / length : QPointF(std::cos(t), std::sin(t));
+        edge << box.center() + QPointF(a * std::cos(t), b * std::sin(t)) + distance * normal;
+    }
+    return edge;
+}
+
+QPointF firstPoint(const QPainterPath &path)
+{
+    return path.elementCount() > 0 ? QPointF(path.elementAt(0)) : QPointF();
+}
+} // namespace
+
+ZQDoodleDrawView::ZQDoodleDrawView(QWidget *parent) : QWidget(parent)
+{
+    // A surface shows pixels only; input passes to the widgets around it
+    // until it holds a child widget such as a text field (see childEvent).
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setFocusPolicy(Qt::NoFocus);
+}
+
+void ZQDoodleDrawView::setCacheImage(const QImage &image)
+{
+    m_cacheImage = image;
+    m_paintedRect = image.isNull() ? QRect() : rect();
+    update();
+}
+
+// Makes the picture match the surface's size at the screen scale. When it
+// already does, primitives paint straight into it; otherwise the old picture
+// is stretched into a fresh one.
+bool ZQDoodleDrawView::preparePicture()
+{
+    const QSize bounds = size();
+    if (bounds.isEmpty())
+        return false;
+    const double scale = DoodleScreen::scale();
+    const QSize pixels = (QSizeF(bounds) * scale).toSize();
+    if (m_cacheImage.size() == pixels && m_cacheImage.devicePixelRatio() == scale &&
+        m_cacheImage.format() == QImage::Format_ARGB32_Premultiplied)
+        return true;
+    QImage fresh(pixels, QImage::Format_ARGB32_Premultiplied);
+    if (fresh.isNull())
+        return false;
+    fresh.setDevicePixelRatio(scale);
+    fresh.fill(Qt::transparent);
+    if (!m_cacheImage.isNull()) {
+        QPainter painter(&fresh);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(QRectF(rect()), m_cacheImage);
+        m_paintedRect = rect();
+    }
+    m_cacheImage = std::move(fresh);
+    return true;
+}
+
+void ZQDoodleDrawView::clearPicture(bool release)
+{
+    if (m_cacheImage.isNull())
+        return;
+    // A picture of another size shows stretched over the whole surface.
+    const bool fits = m_cacheImage.deviceIndependentSize() == QSizeF(size());
+    update(fits ? m_paintedRect : rect());
+    if (release || !fits) {
+        m_cacheImage = QImage();
+    } else if (!m_paintedRect.isEmpty()) {
+        QPainter painter(&m_cacheImage);
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(m_paintedRect, Qt::transparent);
+    }
+    m_paintedRect = QRect();
+}
+
+template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, Draw draw)
+{
+    if (!preparePicture())
+        return;
+    {
+        QPainter painter(&m_cacheImage);
+        painter.setRenderHint(QPainter::Antialiasing);
+        draw(painter);
+    }
+    const QRect changed = (dirty & QRectF(rect())).toAlignedRect();
+    m_paintedRect |= changed;
+    update(changed);
+}
+
+void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const QColor &color,
+                                  QPainter::CompositionMode mode)
+{
+    const char *name =
+        mode == QPainter::CompositionMode_Clear ? "eraseInCacheWithPath" : "drawInCacheWithPath";
+    const auto usable =
+        checkedWidth(name, width, firstPoint(path), size(), DoodleDrawInput::isFinite(path));
+    if (!usable)
+        return;
+    const QPen pen(orBlack(color), *usable, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    // A stroke that reaches every corner is the whole surface, and filling it
+    // costs far less than stroking a path that wide.
+    const bool covers =
+        !path.isEmpty() && *usable >= DoodleDrawInput::coveringWidth(firstPoint(path), size());
+    paintShape(grown(path.controlPointRect(), *usable / 2), [&](QPainter &painter) {
+        painter.setCompositionMode(mode);
+        if (covers)
+            painter.fillRect(rect(), pen.color());
+        else
+            painter.strokePath(path, pen);
+    });
+}
+
+void ZQDoodleDrawView::drawInCacheWithPath(const QPainterPath &path, double width,
+                                           const QColor &color)
+{
+    strokePath(path, width, color, QPainter::CompositionMode_SourceOver);
+}
+
+void ZQDoodleDrawView::drawInTempWithPath(const QPainterPath &path, double width,
+                                          const QColor &color)
+{
+    // Emptying keeps the buffer: the next stroke reuses it at once.
+    clearPicture(false);
+    drawInCacheWithPath(path, width, color);
+}
+
+void ZQDoodleDrawView::eraseInCacheWithPath(const QPainterPath &path, double width)
+{
+    strokePath(path, width, Qt::black, QPainter::CompositionMode_Clear);
+}
+
+void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &rect, double width,
+                                                const QColor &color)
+{
+    const auto usable = checkedWidth("rectangleInCacheWithRect", width, rect.topLeft(), size(),
+                                     DoodleDrawInput::isFinite(rect));
+    if (!usable)
+        return;
+    QPen pen(orBlack(color), *usable, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    pen.setMiterLimit(kMiterLimit);
+    // A right-angled miter reaches width / sqrt(2) beyond the corner.
+    paintShape(grown(rect, *usable), [&](QPainter &painter) {
+        painter.setPen(pen);
+        painter.drawRect(rect.normalized());
+    });
+}
+
+void ZQDoodleDrawView::ellipseInCacheWithRect(const QRectF &rect, double width, const QColor &color)
+{
+    const QPointF anchor(rect.right(), rect.center().y());
+    const auto usable = checkedWidth("ellipseInCacheWithRect", width, anchor, size(),
+                                     DoodleDrawInput::isFinite(rect));
+    if (!usable)
+        return;
+    const QPen pen(orBlack(color), *usable, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    // When half the width reaches the shorter semi-axis, the stroke covers
+    // the whole inside; the outline's inner edge would fold over and leave a
+    // hole, so fill the outer edge instead.
+    const QRectF box = rect.normalized();
+    const bool filled = *usable > 0 && *usable >= std::min(box.width(), box.height());
+    paintShape(grown(rect, *usable / 2), [&](QPainter &painter) {
+        if (filled) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(pen.color());
+            painter.drawPolygon(outerEdge(box, *usable / 2));
+            return;
+        }
+        painter.setPen(pen);
+        painter.drawEllipse(box);
+    });
+}
+
+void ZQDoodleDrawView::arrowInCacheWithStartPoint(const QPointF &start, const QPointF &end,
+                                                  double width, const QColor &color)
+{
+    const bool finite = DoodleDrawInput::isFinite(start) && DoodleDrawInput::isFinite(end);
+    const auto usable = checkedWidth("arrowInCacheWithStartPoint", width, end, size(), finite);
+    if (!usable)
+        return;
+    const double w = *usable;
+    const double dx = end.x() - start.x();
+    const double dy = start.y() - end.y();
+    const double length = std::hypot(dx, dy);
+    if (!(length > 0.0) || !std::isfinite(length)) {
+        logSkipped("arrowInCacheWithStartPoint", QStringLiteral("no direction from start to end"));
+        return;
+    }
+    // The head: apex at the end, base 3w back along the shaft, 1.5w to each side.
+    const double a = 1.5 * w / length;
+    const double b = 3.0 * w / length;
+    const QPointF p1(end.x() - a * dy - b * dx, end.y() - a * dx + b * dy);
+    const QPointF p2(end.x() + a * dy - b * dx, end.y() + a * dx + b * dy);
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    path.moveTo(start);
+    path.lineTo(end);
+    path.addPolygon(QPolygonF({end, p1, p2, end, p1}));
+    QPen pen(orBlack(color), w, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    pen.setMiterLimit(kMiterLimit);
+    // The apex's miter reaches about 1.12w beyond the end point.
+    paintShape(grown(QPolygonF({start, end, p1, p2}).boundingRect(), 1.5 * w),
+               [&](QPainter &painter) {
+                   painter.setPen(pen);
+                   painter.setBrush(pen.color());
+                   painter.drawPath(path);
+               });
+}
+
+void ZQDoodleDrawView::textInCacheWithStartPoint(const QPointF &point, const QString &text,
+                                                 double textSize, const QColor &color)
+{
+    doodleLog(QStringLiteral("textInCacheWithStartPoint %1,%2,%3")
+                  .arg(DoodleDrawInput::pointText(point), text, DoodleNumber::printfF(textSize)));
+    const auto pixelSize = DoodleDrawInput::textSize(textSize, size());
+    if (!pixelSize || !DoodleDrawInput::isFinite(point)) {
+        logSkipped("textInCacheWithStartPoint", QStringLiteral("no finite position and size"));
+        return;
+    }
+    const double px = *pixelSize;
+    const QString shown = DoodleDrawInput::visibleText(text, point.x(), width(), px);
+    // The line box spans about 1.2 sizes below the point; one size of slack
+    // on either side takes in overhanging glyphs.
+    const QRectF dirty(QPointF(point.x() - px, point.y() - px),
+                       QPointF(width(), point.y() + 3 * px));
+    paintShape(dirty, [&](QPainter &painter) {
+        painter.setFont(DoodleDrawInput::systemFont(px));
+        painter.setPen(orBlack(color));
+        const QFontMetricsF metrics(painter.font(), painter.device());
+        painter.drawText(QPointF(point.x(), point.y() + metrics.ascent()), shown);
+    });
+}
+
+void ZQDoodleDrawView::drawImage(const QImage &image, const QRectF &rect)
+{
+    if (!DoodleDrawInput::isFinite(rect)) {
+        logSkipped("drawImage", QStringLiteral("coordinates not finite"));
+        return;
+    }
+    if (image.isNull())
+        return;
+    paintShape(grown(rect, 0.0), [&](QPainter &painter) {
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(rect, image);
+    });
+}
+
+void ZQDoodleDrawView::cleanAllPath()
+{
+    clearPicture(true);
+    removeChildWidgets();
+}
+
+void ZQDoodleDrawView::cleanForRedraw()
+{
+    clearPicture(false);
+    removeChildWidgets();
+}
+
+void ZQDoodleDrawView::removeChildWidgets()
+{
+    const auto widgets = findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget *child : widgets) {
+        // Deferred: the child may be the sender of the signal that led here.
+        child->hide();
+        child->setParent(nullptr);
+        child->deleteLater();
+    }
+}
+
+void ZQDoodleDrawView::paintEvent(QPaintEvent *event)
+{
+    if (m_cacheImage.isNull())
+        return;
+    QPainter painter(this);
+    const QRect dirty = event->rect();
+    if (m_cacheImage.deviceIndependentSize() == QSizeF(size())) {
+        // Copy only the changed rectangle (pixel for pixel at the screen's scale).
+        const double ratio = m_cacheImage.devicePixelRatio();
+        const QRectF source(QPointF(dirty.topLeft()) * ratio, QSizeF(dirty.size()) * ratio);
+        painter.drawImage(QRectF(dirty), m_cacheImage, source);
+        return;
+    }
+    // A picture composed at an older size is shown stretched to the bounds.
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(QRectF(rect()), m_cacheImage);
+}
+
+void ZQDoodleDrawView::childEvent(QChildEvent *event)
+{
+    QWidget::childEvent(event);
+    if (!event->added() && !event->removed())
+        return;
+    const QObjectList &all = children();
+    const bool holdsWidget = std::any_of(
+        all.begin(), all.end(), [](const QObject *child) { return child->isWidgetType(); });
+    // A child widget (the text field) must get clicks; the surface passes on
+    // the ones it does not handle to the board beneath.
+    setAttribute(Qt::WA_TransparentForMouseEvents, !holdsWidget);
+}
