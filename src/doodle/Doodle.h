@@ -2,6 +2,7 @@
 
 // Umbrella header: every public header of the doodle library.
 #include <doodle/DoodleExport.h>
+#include <doodle/support/DoodleBundle.h>
 #include <doodle/support/DoodleLog.h>
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/support/DoodleWeak.h>
@@ -11,3 +12,5 @@
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/canvas/ZQDoodleDrawView.h>
 #include <doodle/canvas/ZQDoodleView.h>
+#include <doodle/controller/DoodleLayoutDelegate.h>
+#include <doodle/controller/DoodleLayout.h>

@@ -9,3 +9,7 @@
 
 // doodle inspect FILE|-: one readable line per action text.
 int doodleInspect(const QStringList &arguments);
+// doodle render FILE -o OUT.png [--size WxH] [--scale S] [--background #AARRGGBB]:
+// replays a session on a board of that size and writes its picture. Needs a
+// QApplication (any platform, offscreen included).
+int doodleRender(const QStringList &arguments);

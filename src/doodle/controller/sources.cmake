@@ -1,1 +1,11 @@
-# Controller sources are listed here.
+target_sources(doodle PRIVATE
+    doodle/controller/DoodleLayout.cpp
+    doodle/controller/DoodleLayoutCoordinates.cpp
+    doodle/controller/DoodleLayoutReplay.cpp
+    doodle/controller/DoodleLayoutToolbar.cpp
+    doodle/controller/DoodleLayoutTouch.cpp
+    doodle/controller/DoodleLayoutView.cpp
+    doodle/controller/DoodleLayoutView.h)
+target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+    doodle/controller/DoodleLayout.h
+    doodle/controller/DoodleLayoutDelegate.h)

@@ -9,8 +9,3 @@ target_sources(doodle PUBLIC FILE_SET HEADERS FILES
     doodle/model/DoodlePathCache.h
     doodle/model/DoodleTranslate.h)
 
-# TEMPORARY, see the file's header: remove when the canvas implementation is merged.
-if(NOT EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/doodle/canvas/ZQDoodleView.cpp
-   AND NOT EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/doodle/canvas/ZQDoodleDrawView.cpp)
-    target_sources(doodle PRIVATE placeholder/CanvasPlaceholder.cpp)
-endif()

@@ -5,8 +5,7 @@
 
 // A non-owning reference to a delegate. When the delegate is also a QObject
 // its destruction is tracked, so a destroyed delegate reads as none.
-template <typename Interface>
-class DoodleWeak
+template <typename Interface> class DoodleWeak
 {
 public:
     DoodleWeak() = default;

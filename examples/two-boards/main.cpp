@@ -1,0 +1,70 @@
+// Demo host: two participants drawing together. With a display it opens a
+// window; without one it plays the sample session through both boards and
+// writes a picture of each.
+#include "DemoHost.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QTextStream>
+
+namespace {
+
+bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+// Every line reaches both boards as received from the action's own author.
+int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        QTextStream(stderr) << "doodle_demo: cannot read " << path << '\n';
+        return 1;
+    }
+    while (!file.atEnd()) {
+        const QString text = QString::fromUtf8(file.readLine()).trimmed();
+        const DoodleActionPtr action = DoodleTranslate::doodleActionFromString(text);
+        if (!action)
+            continue;
+        alice.receive(action->userId(), text);
+        bob.receive(action->userId(), text);
+    }
+    QTextStream out(stdout);
+    for (DemoParticipant *p : {&alice, &bob}) {
+        const QString png = QDir::current().absoluteFilePath(
+            QStringLiteral("doodle-demo-%1.png").arg(p->board().userId()));
+        if (!p->board().doodleView()->convertViewToImage().save(png))
+            return 1;
+        out << png << '\n';
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const bool offscreen = !hasDisplay();
+    if (offscreen)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    if (!qEnvironmentVariableIsSet("QT_LOGGING_RULES"))
+        QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=false"));
+    DemoParticipant alice(QStringLiteral("alice"), QSize(390, 560));
+    DemoParticipant bob(QStringLiteral("bob"), QSize(300, 420));
+    alice.send = [&bob](const QString &sender, const QString &text) { bob.receive(sender, text); };
+    bob.send = [&alice](const QString &sender, const QString &text) {
+        alice.receive(sender, text);
+    };
+
+    const QString session = app.arguments().value(1, QStringLiteral(DOODLE_SAMPLE_SESSION));
+    if (offscreen || app.platformName() == QLatin1String("offscreen"))
+        return playSession(alice, bob, session);
+    DemoWindow window(alice, bob);
+    window.show();
+    return app.exec();
+}

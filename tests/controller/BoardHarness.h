@@ -1,0 +1,134 @@
+#pragma once
+
+#include <doodle/Doodle.h>
+
+#include <QImage>
+#include <QObject>
+#include <QStringList>
+
+#include <cmath>
+#include <functional>
+
+Q_DECLARE_METATYPE(DoodleActionPtr)
+
+// A host that records what its board tells it.
+class RecordingHost : public QObject, public DoodleLayoutDelegate
+{
+public:
+    QStringList calls;
+    QList<DoodleActionPtr> generated;
+    std::function<void(const DoodleActionPtr &)> onGenerated;
+
+    void onDoodleActionGenerated(const DoodleActionPtr &action) override
+    {
+        calls << QStringLiteral("generated %1").arg(action ? action->actionType() : -1);
+        generated << action;
+        if (onGenerated)
+            onGenerated(action);
+    }
+    void onPauseDoodle() override { calls << QStringLiteral("pause"); }
+    void onRestartDoodle() override { calls << QStringLiteral("restart"); }
+    void onWillCleanDoodle() override { calls << QStringLiteral("willClean"); }
+    void onCloseDoodle() override { calls << QStringLiteral("close"); }
+};
+
+// One participant: a board of its own size whose generated actions travel to
+// the peer only as text, as a host's channel would carry them.
+struct Participant
+{
+    Participant(const QString &user, const QSize &size) : board(user)
+    {
+        board.setDelegate(&host);
+        board.resetDoodleViewFrame(QRect(QPoint(0, 0), size));
+    }
+
+    void linkTo(Participant &peer)
+    {
+        host.onGenerated = [this, &peer](const DoodleActionPtr &action) {
+            const QString text = board.doodleActionToString(action);
+            peer.board.onDoodleActionReceived(board.userId(),
+                                              peer.board.stringToDoodleAction(text));
+        };
+    }
+
+    // Receives an action from `sender` as text, as the host would.
+    void receive(const QString &sender, const DoodleActionPtr &action)
+    {
+        const QString text = DoodleTranslate::stringFromDoodleAction(action);
+        board.onDoodleActionReceived(sender, DoodleTranslate::doodleActionFromString(text));
+    }
+
+    QImage cache() { return board.doodleView()->cacheCanvas()->cacheImage(); }
+
+    RecordingHost host;
+    DoodleLayout board;
+};
+
+// Builders of normalised actions.
+inline DoodleActionPtr strokeAction(const QString &user, const QList<QPointF> &points,
+                                    const QColor &color = Qt::red, float width = 0.02f,
+                                    qint64 type = DoodleActionTypeStroke)
+{
+    auto action = std::make_shared<DoodleAction>();
+    action->setActionType(type);
+    action->setUserId(user);
+    action->setBrushColor(color);
+    action->setBrushWidth(width);
+    for (const QPointF &p : points)
+        action->addPointWithPositionX(float(p.x()), float(p.y()), 2);
+    return action;
+}
+
+inline DoodleActionPtr boxAction(qint64 type, const QString &user, const QRectF &box,
+                                 const QColor &color = Qt::blue, float width = 0.02f)
+{
+    auto action = std::make_shared<DoodleAction>();
+    action->setActionType(type);
+    action->setUserId(user);
+    action->setBrushColor(color);
+    action->setBrushWidth(width);
+    action->setX(float(box.x()));
+    action->setY(float(box.y()));
+    action->setWidth(float(box.width()));
+    action->setHeight(float(box.height()));
+    action->setEndX(float(box.right()));
+    action->setEndY(float(box.bottom()));
+    return action;
+}
+
+inline DoodleActionPtr commandAction(qint64 type, const QString &user)
+{
+    auto action = std::make_shared<DoodleAction>();
+    action->setActionType(type);
+    action->setUserId(user);
+    return action;
+}
+
+// The largest difference of any channel between two pictures of one size, or
+// 255 when the sizes differ. A null picture counts as fully transparent.
+inline int maxChannelDifference(QImage a, QImage b, const QSize &pixels)
+{
+    const auto normalise = [&pixels](QImage image) {
+        if (image.isNull()) {
+            image = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+            image.fill(Qt::transparent);
+        }
+        return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    };
+    a = normalise(a);
+    b = normalise(b);
+    if (a.size() != b.size())
+        return 255;
+    int worst = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        const QRgb *ra = reinterpret_cast<const QRgb *>(a.constScanLine(y));
+        const QRgb *rb = reinterpret_cast<const QRgb *>(b.constScanLine(y));
+        for (int x = 0; x < a.width(); ++x) {
+            const int d = std::max(
+                {std::abs(qRed(ra[x]) - qRed(rb[x])), std::abs(qGreen(ra[x]) - qGreen(rb[x])),
+                 std::abs(qBlue(ra[x]) - qBlue(rb[x])), std::abs(qAlpha(ra[x]) - qAlpha(rb[x]))});
+            worst = std::max(worst, d);
+        }
+    }
+    return worst;
+}
