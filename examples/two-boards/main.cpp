@@ -17,8 +17,19 @@ bool hasDisplay()
            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
-// Every line reaches both boards as received from the action's own author.
-int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &path)
+bool savePicture(const QImage &image, const QString &name)
+{
+    const QString png = QDir::current().absoluteFilePath(name);
+    if (!image.save(png))
+        return false;
+    QTextStream(stdout) << png << '\n';
+    return true;
+}
+
+// Every line reaches both boards as received from the action's own author;
+// then each board and the whole window are written as pictures.
+int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &path,
+                QWidget &window)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
@@ -33,15 +44,12 @@ int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &pat
         alice.receive(action->userId(), text);
         bob.receive(action->userId(), text);
     }
-    QTextStream out(stdout);
     for (DemoParticipant *p : {&alice, &bob}) {
-        const QString png = QDir::current().absoluteFilePath(
-            QStringLiteral("doodle-demo-%1.png").arg(p->board().userId()));
-        if (!p->board().doodleView()->convertViewToImage().save(png))
+        const QString name = QStringLiteral("doodle-demo-%1.png").arg(p->board().userId());
+        if (!savePicture(p->board().doodleView()->convertViewToImage(), name))
             return 1;
-        out << png << '\n';
     }
-    return 0;
+    return savePicture(window.grab().toImage(), QStringLiteral("doodle-demo-window.png")) ? 0 : 1;
 }
 
 } // namespace
@@ -62,9 +70,9 @@ int main(int argc, char **argv)
     };
 
     const QString session = app.arguments().value(1, QStringLiteral(DOODLE_SAMPLE_SESSION));
-    if (offscreen || app.platformName() == QLatin1String("offscreen"))
-        return playSession(alice, bob, session);
     DemoWindow window(alice, bob);
     window.show();
+    if (offscreen || app.platformName() == QLatin1String("offscreen"))
+        return playSession(alice, bob, session, window);
     return app.exec();
 }
