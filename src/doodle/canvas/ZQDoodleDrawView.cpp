@@ -7,6 +7,7 @@
 
 #include <QChildEvent>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QPolygonF>
 
 #include <algorithm>
@@ -148,10 +149,9 @@ template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, 
 }
 
 void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const QColor &color,
-                                  QPainter::CompositionMode mode)
+                                  bool erase)
 {
-    const char *name =
-        mode == QPainter::CompositionMode_Clear ? "eraseInCacheWithPath" : "drawInCacheWithPath";
+    const char *name = erase ? "eraseInCacheWithPath" : "drawInCacheWithPath";
     const auto usable =
         checkedWidth(name, width, firstPoint(path), size(), DoodleDrawInput::isFinite(path));
     if (!usable)
@@ -162,7 +162,8 @@ void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const 
     const bool covers =
         !path.isEmpty() && *usable >= DoodleDrawInput::coveringWidth(firstPoint(path), size());
     paintShape(grown(path.controlPointRect(), *usable / 2), [&](QPainter &painter) {
-        painter.setCompositionMode(mode);
+        if (erase)
+            painter.setCompositionMode(QPainter::CompositionMode_Clear);
         if (covers)
             painter.fillRect(rect(), pen.color());
         else
@@ -173,7 +174,7 @@ void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const 
 void ZQDoodleDrawView::drawInCacheWithPath(const QPainterPath &path, double width,
                                            const QColor &color)
 {
-    strokePath(path, width, color, QPainter::CompositionMode_SourceOver);
+    strokePath(path, width, color, false);
 }
 
 void ZQDoodleDrawView::drawInTempWithPath(const QPainterPath &path, double width,
@@ -186,7 +187,7 @@ void ZQDoodleDrawView::drawInTempWithPath(const QPainterPath &path, double width
 
 void ZQDoodleDrawView::eraseInCacheWithPath(const QPainterPath &path, double width)
 {
-    strokePath(path, width, Qt::black, QPainter::CompositionMode_Clear);
+    strokePath(path, width, Qt::black, true);
 }
 
 void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &rect, double width,

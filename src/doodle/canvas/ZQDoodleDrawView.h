@@ -4,7 +4,6 @@
 
 #include <QColor>
 #include <QImage>
-#include <QPainter>
 #include <QPainterPath>
 #include <QPointF>
 #include <QRectF>
@@ -56,8 +55,7 @@ private:
     void clearPicture(bool release);
     void removeChildWidgets();
     template <typename Draw> void paintShape(const QRectF &dirty, Draw draw);
-    void strokePath(const QPainterPath &path, double width, const QColor &color,
-                    QPainter::CompositionMode mode);
+    void strokePath(const QPainterPath &path, double width, const QColor &color, bool erase);
 
     QImage m_cacheImage;
     // Union of the rectangles painted since the picture was last empty.
