@@ -28,8 +28,7 @@ bool savePicture(const QImage &image, const QString &name)
 
 // Every line reaches both boards as received from the action's own author;
 // then each board and the whole window are written as pictures.
-int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &path,
-                QWidget &window)
+int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &path, QWidget &window)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
