@@ -99,6 +99,24 @@ void BM_MoveWhileStrokeHolds(benchmark::State &state)
 }
 BENCHMARK(BM_MoveWhileStrokeHolds)->Arg(50)->Arg(500)->Arg(2000)->Unit(benchmark::kMicrosecond);
 
+// The baseline a literal preview would pay: the whole stroke so far stroked
+// onto the temp canvas at every move.
+void BM_WholePathPreviewPerMove(benchmark::State &state)
+{
+    PhoneBoard phone;
+    QPainterPath path(QPointF(20, 400));
+    QPointF previous(20, 400);
+    for (int i = 1; i < state.range(0); ++i) {
+        const QPointF next(20 + (i % 350), 400 + 300 * std::sin(i * 0.05));
+        path.quadTo(previous, (previous + next) / 2);
+        previous = next;
+    }
+    for (auto _ : state)
+        phone.board.doodleView()->drawInTempWithPath(path, 6, Qt::red);
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_WholePathPreviewPerMove)->Arg(50)->Arg(500)->Arg(2000)->Unit(benchmark::kMicrosecond);
+
 } // namespace
 
 int main(int argc, char **argv)

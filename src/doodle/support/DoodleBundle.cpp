@@ -28,7 +28,7 @@ QStringList readArrayValues(const QString &path, bool *ok)
             if (depth == 2 && name == QLatin1String("array")) {
                 sawArray = true;
             } else if (depth == 3 && sawArray) {
-                values.append(xml.readElementText().trimmed());
+                values.append(xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed());
                 --depth; // readElementText() consumed the end tag
             }
         } else if (xml.isEndElement()) {
@@ -58,7 +58,7 @@ QStringList DoodleBundle::stringTable(const QString &name)
     bool ok = false;
     const QStringList values = path.isNull() ? QStringList() : readArrayValues(path, &ok);
     if (!ok)
-        doodleLog(QStringLiteral("doodle: resource table %1 is missing or malformed").arg(name));
+        doodleLog(QStringLiteral("resource table %1 is missing or malformed").arg(name));
     return values;
 }
 
