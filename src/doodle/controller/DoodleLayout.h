@@ -177,6 +177,7 @@ private:
     void moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point);
     void moveBox(const QPointF &mid);
     void moveArrow(const QPointF &mid);
+    void finishGesture(const QPointF &end, bool cancelled);
     void endStroke(const QPointF &end);
     void endBox(const QPointF &end, bool normalise);
     void endArrow(const QPointF &end);

@@ -233,25 +233,7 @@ void DoodleLayout::touchesEnded(const DoodleTouch &touch)
 {
     if (m_isMinToolBar || !(m_drawPathDidMoved || m_actionMode == DoodleActionModeText))
         return;
-    const QPointF end = gestureEndPoint(touch);
-    switch (m_actionMode) {
-    case DoodleActionModeBrush:
-    case DoodleActionModeEraser:
-        endStroke(end);
-        break;
-    case DoodleActionModeRectangle:
-    case DoodleActionModeEllipse:
-        endBox(end, true);
-        break;
-    case DoodleActionModeArrow:
-        endArrow(end);
-        break;
-    case DoodleActionModeText:
-        openTextEntry(end);
-        break;
-    default:
-        break;
-    }
+    finishGesture(gestureEndPoint(touch), false);
 }
 
 void DoodleLayout::touchesCancelled(const DoodleTouch &touch)
@@ -259,7 +241,11 @@ void DoodleLayout::touchesCancelled(const DoodleTouch &touch)
     // A cancelled gesture is committed, not discarded; shapes keep their raw size.
     if (!m_drawPathDidMoved)
         return;
-    const QPointF end = gestureEndPoint(touch);
+    finishGesture(gestureEndPoint(touch), true);
+}
+
+void DoodleLayout::finishGesture(const QPointF &end, bool cancelled)
+{
     switch (m_actionMode) {
     case DoodleActionModeBrush:
     case DoodleActionModeEraser:
@@ -267,11 +253,15 @@ void DoodleLayout::touchesCancelled(const DoodleTouch &touch)
         break;
     case DoodleActionModeRectangle:
     case DoodleActionModeEllipse:
-        endBox(end, false);
+        endBox(end, !cancelled);
         break;
     case DoodleActionModeArrow:
-        if (m_endPoint.x() != 0)
+        if (!cancelled || m_endPoint.x() != 0)
             endArrow(end);
+        break;
+    case DoodleActionModeText:
+        if (!cancelled)
+            openTextEntry(end);
         break;
     default:
         break;
