@@ -104,31 +104,20 @@ inline DoodleActionPtr commandAction(qint64 type, const QString &user)
     return action;
 }
 
-// The largest difference of any channel between two pictures of one size, or
-// 255 when the sizes differ. A null picture counts as fully transparent.
-inline int maxChannelDifference(QImage a, QImage b, const QSize &pixels)
+// The largest difference of any channel between two pictures of `pixels`
+// size, or 255 when a size differs; a null picture counts as transparent.
+inline int maxChannelDifference(const QImage &a, const QImage &b, const QSize &pixels)
 {
-    const auto normalise = [&pixels](QImage image) {
-        if (image.isNull()) {
-            image = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
-            image.fill(Qt::transparent);
-        }
-        return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const auto bytes = [&pixels](const QImage &image) {
+        QImage rgba(pixels, QImage::Format_RGBA8888_Premultiplied);
+        rgba.fill(Qt::transparent);
+        return image.isNull() ? rgba : image.convertToFormat(rgba.format());
     };
-    a = normalise(a);
-    b = normalise(b);
-    if (a.size() != b.size())
+    const QImage x = bytes(a), y = bytes(b);
+    if (x.size() != pixels || y.size() != pixels)
         return 255;
     int worst = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        const QRgb *ra = reinterpret_cast<const QRgb *>(a.constScanLine(y));
-        const QRgb *rb = reinterpret_cast<const QRgb *>(b.constScanLine(y));
-        for (int x = 0; x < a.width(); ++x) {
-            const int d = std::max(
-                {std::abs(qRed(ra[x]) - qRed(rb[x])), std::abs(qGreen(ra[x]) - qGreen(rb[x])),
-                 std::abs(qBlue(ra[x]) - qBlue(rb[x])), std::abs(qAlpha(ra[x]) - qAlpha(rb[x]))});
-            worst = std::max(worst, d);
-        }
-    }
+    for (qsizetype i = 0; i < x.sizeInBytes(); ++i)
+        worst = std::max(worst, std::abs(int(x.constBits()[i]) - int(y.constBits()[i])));
     return worst;
 }

@@ -102,31 +102,23 @@ private slots:
         QCOMPARE(actions.first()->userId(), QStringLiteral("alice"));
     }
 
-    void aReceivedClearEmptiesTheBoardWithoutWillClean()
+    void localUndoAndClearActFirstThenReachThePeer()
     {
         Participant alice(QStringLiteral("alice"), kAliceSize);
         Participant bob(QStringLiteral("bob"), kBobSize);
         alice.linkTo(bob);
-        alice.receive("bob", strokeAction("bob", {{-0.5, 0}, {0.5, 0}}));
-        bob.receive("bob", strokeAction("bob", {{-0.5, 0}, {0.5, 0}}));
-
+        for (Participant *p : {&alice, &bob})
+            p->receive("bob", strokeAction("bob", {{-0.5, 0}, {0.5, 0}}));
+        LogCapture log;
+        alice.board.undo(); // nothing of alice's to undo: no rebuild, still sent
+        QVERIFY(log.lines().isEmpty());
         alice.board.cleanDoodle();
-        QCOMPARE(alice.host.calls, QStringList({"generated 259", "willClean"}));
-        QVERIFY(!bob.host.calls.contains("willClean"));
+        QCOMPARE(alice.host.calls, QStringList({"generated 258", "generated 259", "willClean"}));
+        QVERIFY(bob.host.calls.isEmpty()); // a received clear is not announced
         for (Participant *p : {&alice, &bob}) {
             QVERIFY(p->board.getAllPath().isEmpty());
             QVERIFY(p->cache().isNull());
         }
-    }
-
-    void aLocalUndoWithNothingToUndoIsStillSent()
-    {
-        Participant alice(QStringLiteral("alice"), kAliceSize);
-        LogCapture log;
-        alice.board.undo();
-        QCOMPARE(alice.host.calls, QStringList({"generated 258"}));
-        QCOMPARE(alice.host.generated.first()->userId(), QStringLiteral("alice"));
-        QVERIFY(log.lines().isEmpty()); // no rebuild
     }
 
     void actionsReceivedBeforeTheViewLoadsAppearWhenItLoads()

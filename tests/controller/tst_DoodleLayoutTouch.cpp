@@ -10,12 +10,18 @@
 namespace {
 
 const QSize kBoard(200, 100);
+enum class Input
+{
+    Mouse,
+    Touch,
+    Stylus
+};
 
-// A shown board with its tool bar unfolded, as after a tap on the floating button.
+// A shown, active board with its tool bar unfolded, as after a tap on the floating button.
 struct TouchBoard : Participant
 {
-    explicit TouchBoard(qint64 mode = DoodleActionModeBrush, const QSize &size = kBoard)
-        : Participant(QStringLiteral("me"), size)
+    explicit TouchBoard(qint64 mode = DoodleActionModeBrush)
+        : Participant(QStringLiteral("me"), kBoard)
     {
         board.showToolBar();
         board.setActionMode(mode);
@@ -27,20 +33,43 @@ struct TouchBoard : Participant
         if (!QTest::qWaitForWindowActive(board.view()))
             qWarning("the board's window did not become active");
     }
-
     QWidget *view() { return board.view(); }
-
-    void drag(const QList<QPoint> &points)
-    {
-        QTest::mousePress(view(), Qt::LeftButton, {}, points.first());
-        for (int i = 1; i + 1 < points.size(); ++i)
-            QTest::mouseMove(view(), points.at(i));
-        QTest::mouseRelease(view(), Qt::LeftButton, {}, points.last());
-    }
-
     DoodleActionPtr onlyAction()
     {
         return host.generated.size() == 1 ? host.generated.first() : DoodleActionPtr();
+    }
+
+    // Presses at the first point, moves through the middle ones and lifts at the
+    // last; `lift` false moves to the last point and leaves the finger down.
+    void drag(const QList<QPoint> &points, Input input = Input::Mouse, bool lift = true)
+    {
+        static QPointingDevice *touchscreen = QTest::createTouchDevice();
+        for (int i = 0; i < points.size(); ++i) {
+            const QPoint p = points.at(i);
+            const bool first = i == 0, last = lift && i + 1 == points.size();
+            if (input == Input::Touch) {
+                auto sequence = QTest::touchEvent(view(), touchscreen);
+                first  ? sequence.press(0, p, view())
+                : last ? sequence.release(0, p, view())
+                       : sequence.move(0, p, view());
+            } else if (input == Input::Stylus) {
+                sendTablet(first  ? QEvent::TabletPress
+                           : last ? QEvent::TabletRelease
+                                  : QEvent::TabletMove,
+                           p, last ? Qt::NoButton : Qt::LeftButton);
+            } else {
+                first  ? QTest::mousePress(view(), Qt::LeftButton, {}, p)
+                : last ? QTest::mouseRelease(view(), Qt::LeftButton, {}, p)
+                       : QTest::mouseMove(view(), p);
+            }
+        }
+    }
+
+    void sendTablet(QEvent::Type type, const QPoint &p, Qt::MouseButtons buttons)
+    {
+        QTabletEvent event(type, QPointingDevice::primaryPointingDevice(), p,
+                           view()->mapToGlobal(p), 0.5, 0, 0, 0, 0, 0, {}, Qt::LeftButton, buttons);
+        QCoreApplication::sendEvent(view(), &event);
     }
 };
 
@@ -54,33 +83,42 @@ QStringList pointStrings(const DoodleActionPtr &action)
 
 } // namespace
 
+Q_DECLARE_METATYPE(Input)
+
 class TestDoodleLayoutTouch : public QObject
 {
     Q_OBJECT
 private slots:
     void initTestCase() { DoodleScreen::setScaleOverride(1); }
 
-    void aMouseStrokeBecomesOneAction()
+    void aStrokeBecomesOneAction_data()
     {
+        QTest::addColumn<Input>("input");
+        QTest::newRow("mouse") << Input::Mouse;
+        QTest::newRow("touch") << Input::Touch;
+        QTest::newRow("stylus") << Input::Stylus;
+    }
+    void aStrokeBecomesOneAction()
+    {
+        QFETCH(Input, input);
         TouchBoard t;
         int cachedWhenGenerated = -1;
         t.host.onGenerated = [&](const DoodleActionPtr &) {
             cachedWhenGenerated = t.board.getAllPath().size();
         };
-        t.drag({{20, 20}, {60, 30}, {100, 50}, {180, 90}});
+        t.drag({{20, 20}, {60, 30}, {100, 50}, {180, 90}}, input);
         const DoodleActionPtr action = t.onlyAction();
         QVERIFY(action);
         QCOMPARE(action->actionType(), qint64(DoodleActionTypeStroke));
         QCOMPARE(action->userId(), QStringLiteral("me"));
         QCOMPARE(action->brushColor(), QColor(Qt::red));
         QCOMPARE(action->brushWidth(), 0.04f);
-        // Begin and moves, interval 2; the release location is not a point.
+        // Begin and moves, interval 2; the lift location is not a point.
         QCOMPARE(
             pointStrings(action),
             QStringList({"2 -0.800000 -0.600000", "2 -0.400000 -0.400000", "2 0.000000 0.000000"}));
         QCOMPARE(cachedWhenGenerated, 0); // the host hears first, then the cache records
         QCOMPARE(t.board.getAllPath().size(), 1);
-        // Committed on the cache canvas, preview cleared.
         QCOMPARE(QColor(t.cache().pixel(60, 30)), QColor(Qt::red));
         QVERIFY(t.board.doodleView()->getTempCanvas(0)->cacheImage().isNull());
     }
@@ -106,7 +144,6 @@ private slots:
             boxAction(DoodleActionTypeRectangle, "you", {-0.9, -0.9, 1.8, 1.8}, Qt::blue, 0.3f));
         t.drag({{30, 20}, {70, 40}, {120, 60}, {160, 80}, {170, 85}});
         QVERIFY(t.onlyAction());
-
         TouchBoard replay(DoodleActionModeNone);
         for (const DoodleActionPtr &action : t.board.getAllPath())
             replay.receive(action->userId(), action);
@@ -115,95 +152,66 @@ private slots:
             QCOMPARE(qAlpha(t.cache().pixel(70, 40)), 0);
     }
 
-    void aRectangleDraggedUpAndLeftIsNormalised()
+    void aRectangleDraggedUpAndLeft_data()
     {
-        TouchBoard t(DoodleActionModeRectangle);
-        t.drag({{150, 80}, {110, 60}, {50, 20}, {40, 10}});
-        const DoodleActionPtr action = t.onlyAction();
-        QVERIFY(action);
-        QCOMPARE(action->actionType(), qint64(DoodleActionTypeRectangle));
-        // Ends at the previous location (50, 20): origin (50, 20), size 100 x 60.
-        QCOMPARE(action->x(), -0.5f);
-        QCOMPARE(action->y(), -0.6f);
-        QCOMPARE(action->width(), 1.0f);
-        QCOMPARE(action->height(), 1.2f);
+        QTest::addColumn<QString>("finish");
+        QTest::addColumn<QRectF>("expected");
+        // A lift ends at the location before it, (50, 20); a cancel after the
+        // last move ends at (40, 10) and keeps the origin and the raw size.
+        const QRectF normalised(-0.5f, -0.6f, 1.0f, 1.2f), raw(0.5f, 0.6f, -1.1f, -1.4f);
+        QTest::newRow("lifted: normalised") << "lift" << normalised;
+        QTest::newRow("grab taken away: raw") << "ungrab" << raw;
+        QTest::newRow("window deactivated: raw") << "deactivate" << raw;
+        QTest::newRow("touch cancelled: raw") << "touch" << raw;
     }
-
-    void aCancelledRectangleKeepsItsNegativeSize_data()
+    void aRectangleDraggedUpAndLeft()
     {
-        QTest::addColumn<QString>("source");
-        QTest::newRow("grab taken away") << "ungrab";
-        QTest::newRow("window deactivated") << "deactivate";
-        QTest::newRow("touch cancelled") << "touch";
-    }
-    void aCancelledRectangleKeepsItsNegativeSize()
-    {
-        QFETCH(QString, source);
+        QFETCH(QString, finish);
+        QFETCH(QRectF, expected);
         TouchBoard t(DoodleActionModeRectangle);
-        static QPointingDevice *device = QTest::createTouchDevice();
-        const QList<QPoint> points{{150, 80}, {110, 60}, {50, 20}};
-        if (source == QLatin1String("touch")) {
-            QTest::touchEvent(t.view(), device).press(0, points.at(0), t.view());
-            QTest::touchEvent(t.view(), device).move(0, points.at(1), t.view());
-            QTest::touchEvent(t.view(), device).move(0, points.at(2), t.view());
-            QTouchEvent cancel(QEvent::TouchCancel, device);
+        const QList<QPoint> points{{150, 80}, {110, 60}, {50, 20}, {40, 10}};
+        const bool touch = finish == QLatin1String("touch");
+        t.drag(points, touch ? Input::Touch : Input::Mouse, finish == QLatin1String("lift"));
+        if (touch) {
+            QTouchEvent cancel(QEvent::TouchCancel, QTest::createTouchDevice());
             QCoreApplication::sendEvent(t.view(), &cancel);
-        } else {
-            QTest::mousePress(t.view(), Qt::LeftButton, {}, points.at(0));
-            QTest::mouseMove(t.view(), points.at(1));
-            QTest::mouseMove(t.view(), points.at(2));
-            QEvent taken(source == QLatin1String("ungrab") ? QEvent::UngrabMouse
+        } else if (finish != QLatin1String("lift")) {
+            QEvent taken(finish == QLatin1String("ungrab") ? QEvent::UngrabMouse
                                                            : QEvent::WindowDeactivate);
             QCoreApplication::sendEvent(t.view(), &taken);
+            QTest::mouseRelease(t.view(), Qt::LeftButton, {}, points.last());
         }
         const DoodleActionPtr action = t.onlyAction();
         QVERIFY(action);
-        QCOMPARE(action->x(), 0.5f);
-        QCOMPARE(action->y(), 0.6f);
-        QCOMPARE(action->width(), -1.0f);
-        QCOMPARE(action->height(), -1.2f);
-        QTest::mouseRelease(t.view(), Qt::LeftButton, {}, {40, 10});
-        QCOMPARE(t.host.generated.size(), 1);
+        QCOMPARE(QRectF(action->x(), action->y(), action->width(), action->height()), expected);
     }
 
-    void aTapLeavesItsPointForTheNextStroke()
+    void aTapLeavesItsStateForTheNextGesture()
     {
-        TouchBoard t;
-        QTest::mouseClick(t.view(), Qt::LeftButton, {}, {100, 50});
-        QVERIFY(t.host.generated.isEmpty());
-        QVERIFY(t.cache().isNull());
-        t.drag({{20, 20}, {60, 30}, {70, 30}});
-        const DoodleActionPtr action = t.onlyAction();
-        QVERIFY(action);
-        QCOMPARE(pointStrings(action).first(), QStringLiteral("2 0.000000 0.000000"));
-        QCOMPARE(action->pathPoints().size(), 3);
-    }
+        TouchBoard pen;
+        QTest::mouseClick(pen.view(), Qt::LeftButton, {}, {100, 50});
+        QVERIFY(pen.host.generated.isEmpty() && pen.cache().isNull());
+        pen.drag({{20, 20}, {60, 30}, {70, 30}});
+        QVERIFY(pen.onlyAction());
+        QCOMPARE(pointStrings(pen.onlyAction()).first(), QStringLiteral("2 0.000000 0.000000"));
+        QCOMPARE(pen.onlyAction()->pathPoints().size(), 3);
 
-    void anArrowTapKeepsItsStartPoint()
-    {
-        TouchBoard t(DoodleActionModeArrow);
-        QTest::mouseClick(t.view(), Qt::LeftButton, {}, {20, 50});
-        t.drag({{100, 10}, {150, 30}, {180, 50}, {190, 50}});
-        const DoodleActionPtr action = t.onlyAction();
+        TouchBoard arrow(DoodleActionModeArrow);
+        QTest::mouseClick(arrow.view(), Qt::LeftButton, {}, {20, 50});
+        arrow.drag({{100, 10}, {150, 30}, {180, 50}, {190, 50}});
+        const DoodleActionPtr action = arrow.onlyAction();
         QVERIFY(action);
-        QCOMPARE(action->x(), 0.0f); // the new touch ...
-        QCOMPARE(action->y(), -0.8f);
+        QCOMPARE(QPointF(action->x(), action->y()), QPointF(0.0f, -0.8f)); // the new touch ...
         QCOMPARE(action->endX(), 0.8f);
-        // ... but the arrow is drawn from the tapped point.
-        QCOMPARE(QColor(t.cache().pixel(40, 50)), QColor(Qt::red));
+        QCOMPARE(QColor(arrow.cache().pixel(40, 50)), QColor(Qt::red)); // ... drawn from the tap
     }
 
     void aStrokeLeavingTheBoardIsCommittedAtOnce()
     {
         TouchBoard t;
-        QTest::mousePress(t.view(), Qt::LeftButton, {}, {100, 50});
-        QTest::mouseMove(t.view(), {150, 60});
-        QTest::mouseMove(t.view(), {190, 70});
-        QTest::mouseMove(t.view(), {230, 80}); // off the board
+        t.drag({{100, 50}, {150, 60}, {190, 70}, {230, 80}}, Input::Mouse, false);
         QCOMPARE(t.host.generated.size(), 1);
-        QTest::mouseMove(t.view(), {100, 90});
-        QTest::mouseRelease(t.view(), Qt::LeftButton, {}, {100, 95});
-        QCOMPARE(t.host.generated.size(), 1);
+        t.drag({{100, 90}, {100, 95}}); // further movement and the lift add nothing
         QCOMPARE(t.board.getAllPath().size(), 1);
     }
 
@@ -223,17 +231,12 @@ private slots:
         if (folded)
             t.board.showToolBar();
         t.drag({{20, 20}, {60, 30}, {100, 50}, {180, 90}});
-        QVERIFY(t.host.generated.isEmpty());
-        QVERIFY(t.cache().isNull());
-    }
-
-    void aTouchOutsideTheBoardDrawsNothing()
-    {
-        TouchBoard t;
+        // A touch that begins off the board draws nothing either.
         t.board.touchesBegan({{-5, 20}, {-5, 20}});
         t.board.touchesMoved({{30, 20}, {-5, 20}});
         t.board.touchesEnded({{40, 20}, {30, 20}});
         QVERIFY(t.host.generated.isEmpty());
+        QVERIFY(t.cache().isNull());
     }
 
     void textIsTypedIntoAFieldAndSentOnReturn_data()
@@ -247,7 +250,6 @@ private slots:
         QFETCH(QString, typed);
         TouchBoard t(DoodleActionModeText);
         t.board.setTextSize(20);
-        QVERIFY(QTest::qWaitForWindowExposed(t.view()));
         QTest::mouseClick(t.view(), Qt::LeftButton, {}, {30, 40});
         QLineEdit *field = t.board.doodleView()->tempTextField();
         QVERIFY(field);
@@ -259,55 +261,9 @@ private slots:
         QVERIFY(action);
         QCOMPARE(action->actionType(), qint64(DoodleActionTypeText));
         QCOMPARE(action->text(), typed);
-        QCOMPARE(action->x(), -0.7f);
-        QCOMPARE(action->y(), -0.2f);
+        QCOMPARE(QPointF(action->x(), action->y()), QPointF(-0.7f, -0.2f));
         QCOMPARE(action->textSize(), 0.2f);
         QCOMPARE(t.board.getAllPath().size(), 1);
-    }
-
-    void touchAndStylusDrawLikeTheMouse_data()
-    {
-        QTest::addColumn<bool>("stylus");
-        QTest::newRow("touch") << false;
-        QTest::newRow("stylus") << true;
-    }
-    void touchAndStylusDrawLikeTheMouse()
-    {
-        QFETCH(bool, stylus);
-        TouchBoard t;
-        const QList<QPoint> points{{20, 20}, {60, 30}, {100, 50}, {140, 60}};
-        if (stylus)
-            sendStylus(t.view(), points);
-        else
-            sendTouches(t.view(), points);
-        const DoodleActionPtr action = t.onlyAction();
-        QVERIFY(action);
-        QCOMPARE(action->pathPoints().size(), 3);
-        QCOMPARE(QColor(t.cache().pixel(60, 30)), QColor(Qt::red));
-    }
-
-private:
-    static void sendTouches(QWidget *view, const QList<QPoint> &points)
-    {
-        static QPointingDevice *device = QTest::createTouchDevice();
-        QTest::touchEvent(view, device).press(0, points.first(), view);
-        for (int i = 1; i + 1 < points.size(); ++i)
-            QTest::touchEvent(view, device).move(0, points.at(i), view);
-        QTest::touchEvent(view, device).release(0, points.last(), view);
-    }
-
-    static void sendStylus(QWidget *view, const QList<QPoint> &points)
-    {
-        const auto send = [view](QEvent::Type type, const QPoint &p, Qt::MouseButtons buttons) {
-            QTabletEvent event(type, QPointingDevice::primaryPointingDevice(), p,
-                               view->mapToGlobal(p), 0.5, 0, 0, 0, 0, 0, {}, Qt::LeftButton,
-                               buttons);
-            QCoreApplication::sendEvent(view, &event);
-        };
-        send(QEvent::TabletPress, points.first(), Qt::LeftButton);
-        for (int i = 1; i + 1 < points.size(); ++i)
-            send(QEvent::TabletMove, points.at(i), Qt::LeftButton);
-        send(QEvent::TabletRelease, points.last(), Qt::NoButton);
     }
 };
 
