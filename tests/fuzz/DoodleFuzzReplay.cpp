@@ -1,6 +1,6 @@
 // Replays files (or every file of the folders) given as arguments through the
 // fuzz harness, so that the seed corpus runs in the normal test build.
-#include <QDirIterator>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -15,19 +15,14 @@ int main(int argc, char **argv)
     LLVMFuzzerInitialize(&argc, &argv);
     int count = 0;
     for (int i = 1; i < argc; ++i) {
-        const QString path = QString::fromLocal8Bit(argv[i]);
-        QStringList files;
-        if (QFileInfo(path).isDir()) {
-            QDirIterator it(path, QDir::Files, QDirIterator::Subdirectories);
-            while (it.hasNext())
-                files.append(it.next());
-        } else {
-            files.append(path);
-        }
-        for (const QString &file : files) {
-            QFile in(file);
+        const QFileInfo argument(QString::fromLocal8Bit(argv[i]));
+        const QFileInfoList files = argument.isDir()
+                                        ? QDir(argument.filePath()).entryInfoList(QDir::Files)
+                                        : QFileInfoList{argument};
+        for (const QFileInfo &file : files) {
+            QFile in(file.filePath());
             if (!in.open(QIODevice::ReadOnly)) {
-                std::fprintf(stderr, "cannot read %s\n", qPrintable(file));
+                std::fprintf(stderr, "cannot read %s\n", qPrintable(file.filePath()));
                 return 1;
             }
             const QByteArray bytes = in.readAll();
