@@ -17,6 +17,12 @@ enum class Input
     Stylus
 };
 
+QPointingDevice *touchscreen()
+{
+    static QPointingDevice *device = QTest::createTouchDevice();
+    return device;
+}
+
 // A shown, active board with its tool bar unfolded, as after a tap on the floating button.
 struct TouchBoard : Participant
 {
@@ -43,12 +49,11 @@ struct TouchBoard : Participant
     // last; `lift` false moves to the last point and leaves the finger down.
     void drag(const QList<QPoint> &points, Input input = Input::Mouse, bool lift = true)
     {
-        static QPointingDevice *touchscreen = QTest::createTouchDevice();
         for (int i = 0; i < points.size(); ++i) {
             const QPoint p = points.at(i);
             const bool first = i == 0, last = lift && i + 1 == points.size();
             if (input == Input::Touch) {
-                auto sequence = QTest::touchEvent(view(), touchscreen);
+                auto sequence = QTest::touchEvent(view(), touchscreen());
                 first  ? sequence.press(0, p, view())
                 : last ? sequence.release(0, p, view())
                        : sequence.move(0, p, view());
@@ -173,7 +178,7 @@ private slots:
         const bool touch = finish == QLatin1String("touch");
         t.drag(points, touch ? Input::Touch : Input::Mouse, finish == QLatin1String("lift"));
         if (touch) {
-            QTouchEvent cancel(QEvent::TouchCancel, QTest::createTouchDevice());
+            QTouchEvent cancel(QEvent::TouchCancel, touchscreen());
             QCoreApplication::sendEvent(t.view(), &cancel);
         } else if (finish != QLatin1String("lift")) {
             QEvent taken(finish == QLatin1String("ungrab") ? QEvent::UngrabMouse
