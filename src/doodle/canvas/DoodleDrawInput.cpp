@@ -83,11 +83,3 @@ QFont DoodleDrawInput::systemFont(double pixelSize)
     font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
     return font;
 }
-
-QString DoodleDrawInput::pointText(const QPointF &point)
-{
-    const auto number = [](double value) {
-        return QString::number(value, 'g', QLocale::FloatingPointShortest);
-    };
-    return QStringLiteral("{%1, %2}").arg(number(point.x()), number(point.y()));
-}

@@ -36,6 +36,4 @@ public:
     // The system font whose pixel size, in device-independent pixels, is
     // `pixelSize` rounded (the font engine renders whole pixel sizes only).
     static QFont systemFont(double pixelSize);
-    // A point as "{x, y}", each number in its shortest exact form.
-    static QString pointText(const QPointF &point);
 };

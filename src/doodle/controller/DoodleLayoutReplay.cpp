@@ -10,14 +10,6 @@
 
 namespace {
 
-// A rectangle in the "{{x, y}, {w, h}}" form of the diagnostic line.
-QString rectText(const QRectF &rect)
-{
-    const auto n = [](double v) { return QString::number(v, 'g', 17); };
-    return QStringLiteral("{{%1, %2}, {%3, %4}}")
-        .arg(n(rect.x()), n(rect.y()), n(rect.width()), n(rect.height()));
-}
-
 DoodleActionPtr makeCommandAction(qint64 type, const QString &userId)
 {
     auto action = std::make_shared<DoodleAction>();
@@ -77,7 +69,7 @@ void DoodleLayout::drawDoodle(const DoodleActionPtr &action)
             doodleView()->rectInCatchWithPath(rect, lineWidth, a.brushColor());
         } else {
             doodleView()->ellipseInCatchWithPath(rect, lineWidth, a.brushColor());
-            doodleLog(QStringLiteral("CGRectMake %1").arg(rectText(logic)));
+            doodleLog(QStringLiteral("CGRectMake %1").arg(DoodleNumber::rectText(logic)));
         }
         break;
     }

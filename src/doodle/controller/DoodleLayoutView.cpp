@@ -8,7 +8,6 @@
 DoodleLayoutView::DoodleLayoutView(DoodleLayout *controller) : m_controller(controller)
 {
     setAttribute(Qt::WA_AcceptTouchEvents);
-    setAttribute(Qt::WA_TabletTracking, false);
 }
 
 void DoodleLayoutView::resizeEvent(QResizeEvent *event)

@@ -1,5 +1,7 @@
 #include "DoodleLog.h"
 
+#include <QLocale>
+
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -38,4 +40,18 @@ double DoodleNumber::shortestFloat(float value)
     double widened = double(value);
     std::from_chars(buffer, written.ptr, widened);
     return widened;
+}
+
+QString DoodleNumber::pointText(const QPointF &point)
+{
+    const auto number = [](double value) {
+        return QString::number(value, 'g', QLocale::FloatingPointShortest);
+    };
+    return QStringLiteral("{%1, %2}").arg(number(point.x()), number(point.y()));
+}
+
+QString DoodleNumber::rectText(const QRectF &rect)
+{
+    return QStringLiteral("{%1, %2}")
+        .arg(pointText(rect.topLeft()), pointText(QPointF(rect.width(), rect.height())));
 }

@@ -3,6 +3,8 @@
 #include <doodle/DoodleExport.h>
 
 #include <QLoggingCategory>
+#include <QPointF>
+#include <QRectF>
 #include <QString>
 
 // The library's one logging category, "doodle". Hosts filter it with
@@ -24,4 +26,8 @@ public:
     // `value` as a float, so that 0.1f is written as 0.1 rather than
     // 0.10000000149011612. Non-finite values pass through unchanged.
     static double shortestFloat(float value);
+    // Geometry as the diagnostic lines write it: "{x, y}" and
+    // "{{x, y}, {w, h}}", each number in its shortest exact form.
+    static QString pointText(const QPointF &point);
+    static QString rectText(const QRectF &rect);
 };

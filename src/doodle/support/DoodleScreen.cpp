@@ -22,8 +22,3 @@ void DoodleScreen::setScaleOverride(double scale)
 {
     g_scaleOverride = std::isfinite(scale) && scale > 0.0 ? scale : 0.0;
 }
-
-double DoodleScreen::scaleOverride()
-{
-    return g_scaleOverride;
-}

@@ -10,5 +10,4 @@ class DOODLE_EXPORT DoodleScreen
 public:
     static double scale();
     static void setScaleOverride(double scale);
-    static double scaleOverride();
 };
