@@ -7,7 +7,6 @@
 #include <doodle/support/DoodleScreen.h>
 
 #include <QApplication>
-#include <QLoggingCategory>
 #include <QPainter>
 #include <QtMath>
 
@@ -211,8 +210,6 @@ int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_SCALE_FACTOR", "3");
-    // The log lines of bad input would flood the output.
-    QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=false"));
     QApplication app(argc, argv);
     DoodleScreen::setScaleOverride(kScale);
     registerAll();

@@ -124,7 +124,6 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     DoodleScreen::setScaleOverride(3);
-    QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=false"));
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -3,7 +3,6 @@
 #include <doodle/model/DoodleTranslate.h>
 
 #include <QJsonDocument>
-#include <QLoggingCategory>
 
 #include <benchmark/benchmark.h>
 
@@ -101,8 +100,6 @@ BENCHMARK_CAPTURE(BM_ParseFloor, text, 2);
 
 int main(int argc, char **argv)
 {
-    // Hosts keep the per-point log lines off in production; so does the benchmark.
-    QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=false"));
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

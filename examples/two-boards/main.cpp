@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QLoggingCategory>
 #include <QTextStream>
 
 namespace {
@@ -59,8 +58,6 @@ int main(int argc, char **argv)
     if (offscreen)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    if (!qEnvironmentVariableIsSet("QT_LOGGING_RULES"))
-        QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=false"));
     DemoParticipant alice(QStringLiteral("alice"), QSize(390, 560));
     DemoParticipant bob(QStringLiteral("bob"), QSize(300, 420));
     alice.send = [&bob](const QString &sender, const QString &text) { bob.receive(sender, text); };

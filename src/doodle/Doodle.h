@@ -2,8 +2,6 @@
 
 // Umbrella header: every public header of the doodle library.
 #include <doodle/DoodleExport.h>
-#include <doodle/support/DoodleBundle.h>
-#include <doodle/support/DoodleLog.h>
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/support/DoodleWeak.h>
 #include <doodle/model/DoodleAction.h>

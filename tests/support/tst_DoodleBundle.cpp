@@ -1,7 +1,7 @@
 // The resource bundle's tables: found by name, read leniently, never fatal.
 #include "LogCapture.h"
 
-#include <doodle/support/DoodleBundle.h>
+#include <doodle/support/DoodleBundle_p.h>
 #include <doodle/support/DoodleScreen.h>
 
 #include <QtTest>

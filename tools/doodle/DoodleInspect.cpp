@@ -2,7 +2,7 @@
 #include "DoodleCommands.h"
 
 #include <doodle/model/DoodleTranslate.h>
-#include <doodle/support/DoodleLog.h>
+#include <doodle/support/DoodleLog_p.h>
 
 #include <QFile>
 #include <QLocale>
@@ -142,9 +142,9 @@ int doodleInspect(const QStringList &arguments)
                "  -v  also show the library's own log lines\n";
         return 2;
     }
-    // The library logs every point it decodes; keep that out of the report.
-    if (!verbose)
-        QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=false"));
+    // -v shows the library's own lines (one per decoded point) beside the report.
+    if (verbose)
+        QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=true"));
 
     QFile file;
     const bool opened = files.first() == QLatin1String("-")

@@ -5,7 +5,6 @@
 
 #include <QCommandLineParser>
 #include <QFile>
-#include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QTextStream>
 
@@ -107,7 +106,6 @@ int doodleRender(const QStringList &arguments)
         err << "doodle render: cannot read " << options.input << '\n';
         return 2;
     }
-    QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=false"));
     DoodleScreen::setScaleOverride(options.scale);
     DoodleLayout board(QStringLiteral("doodle-render"));
     board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.size));

@@ -2,7 +2,7 @@
 
 #include "DoodleDrawInput.h"
 
-#include <doodle/support/DoodleLog.h>
+#include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
 
 #include <QChildEvent>
@@ -32,7 +32,7 @@ QRectF grown(const QRectF &rect, double radius)
 
 void logSkipped(const char *primitive, const QString &reason)
 {
-    doodleLog(QStringLiteral("%1 skipped: %2").arg(QLatin1String(primitive), reason));
+    DOODLE_LOG(QStringLiteral("%1 skipped: %2").arg(QLatin1String(primitive), reason));
 }
 
 // The width to draw with, or none (and a log line) when the geometry is not
@@ -270,7 +270,7 @@ void ZQDoodleDrawView::arrowInCacheWithStartPoint(const QPointF &start, const QP
 void ZQDoodleDrawView::textInCacheWithStartPoint(const QPointF &point, const QString &text,
                                                  double textSize, const QColor &color)
 {
-    doodleLog(QStringLiteral("textInCacheWithStartPoint %1,%2,%3")
+    DOODLE_LOG(QStringLiteral("textInCacheWithStartPoint %1,%2,%3")
                   .arg(DoodleNumber::pointText(point), text, DoodleNumber::printfF(textSize)));
     const auto pixelSize = DoodleDrawInput::textSize(textSize, size());
     if (!pixelSize || !DoodleDrawInput::isFinite(point)) {

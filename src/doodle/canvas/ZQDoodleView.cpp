@@ -2,7 +2,7 @@
 
 #include "DoodleDrawInput.h"
 
-#include <doodle/support/DoodleLog.h>
+#include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
 
 #include <QPaintEvent>
@@ -118,7 +118,7 @@ ZQDoodleDrawView *ZQDoodleView::makeCanvas()
 void ZQDoodleView::setTempCanvasCount(quint64 count)
 {
     if (count > kMaxTempCanvases) {
-        doodleLog(QStringLiteral("setTempCanvasCount %1 lowered to %2")
+        DOODLE_LOG(QStringLiteral("setTempCanvasCount %1 lowered to %2")
                       .arg(QString::number(count), QString::number(kMaxTempCanvases)));
         count = kMaxTempCanvases;
     }

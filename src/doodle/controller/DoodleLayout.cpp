@@ -5,7 +5,7 @@
 #include "DoodleLayoutView.h"
 
 #include <doodle/model/DoodleTranslate.h>
-#include <doodle/support/DoodleBundle.h>
+#include <doodle/support/DoodleBundle_p.h>
 
 #include <QGuiApplication>
 #include <QScreen>

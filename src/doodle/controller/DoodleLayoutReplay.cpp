@@ -4,7 +4,7 @@
 
 #include "DoodleLayoutView.h"
 
-#include <doodle/support/DoodleLog.h>
+#include <doodle/support/DoodleLog_p.h>
 
 #include <cmath>
 
@@ -69,7 +69,7 @@ void DoodleLayout::drawDoodle(const DoodleActionPtr &action)
             doodleView()->rectInCatchWithPath(rect, lineWidth, a.brushColor());
         } else {
             doodleView()->ellipseInCatchWithPath(rect, lineWidth, a.brushColor());
-            doodleLog(QStringLiteral("CGRectMake %1").arg(DoodleNumber::rectText(logic)));
+            DOODLE_LOG(QStringLiteral("CGRectMake %1").arg(DoodleNumber::rectText(logic)));
         }
         break;
     }
@@ -127,7 +127,7 @@ void DoodleLayout::drawCachePath()
         return;
     const QList<DoodleActionPtr> actions = getAllPath();
     doodleView()->clearAll();
-    doodleLog(QStringLiteral("addAction %1").arg(DoodleNumber::printfD(actions.size())));
+    DOODLE_LOG(QStringLiteral("addAction %1").arg(DoodleNumber::printfD(actions.size())));
     for (const DoodleActionPtr &action : actions)
         drawDoodle(action);
 }

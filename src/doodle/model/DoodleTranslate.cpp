@@ -1,6 +1,6 @@
 #include "DoodleTranslate.h"
 
-#include <doodle/support/DoodleLog.h>
+#include <doodle/support/DoodleLog_p.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -199,10 +199,8 @@ void fillPoints(DoodleAction &action, const QJsonObject &object)
     DoodlePointList &points = action.pathPoints();
     points.clear();
     points.reserve(elements.size());
-    const bool logging = lcDoodle().isInfoEnabled();
     for (const QJsonValue &element : elements) {
-        if (logging)
-            doodleLog(QStringLiteral("jsonPath ") + typeName(element));
+        DOODLE_LOG(QStringLiteral("jsonPath ") + typeName(element));
         const QJsonValue parsed = DoodleTranslate::jsonToObj(element);
         if (!parsed.isArray())
             continue;
@@ -350,7 +348,7 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
     case DoodleActionTypeStroke:
     case DoodleActionTypeEraser: {
         const QString points = pointText(a);
-        doodleLog(QStringLiteral("DoodleActionPelDoodlePositionKeyContent ") + points);
+        DOODLE_LOG(QStringLiteral("DoodleActionPelDoodlePositionKeyContent ") + points);
         object.insert(key(PelDoodlePositionKey), points);
         break;
     }
@@ -359,7 +357,7 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
         break;
     case DoodleActionTypeText: {
         const QString content = contentText(a, KTextContentKey, header);
-        doodleLog(QStringLiteral("DoodleActionTextContent ") + content);
+        DOODLE_LOG(QStringLiteral("DoodleActionTextContent ") + content);
         object.insert(key(PelDoodleContentKey), content);
         break;
     }
@@ -367,7 +365,7 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
     case DoodleActionTypeRectangle:
     case DoodleActionTypeArrow: {
         const QString content = contentText(a, KShapeContentKey, header);
-        doodleLog(QStringLiteral("DoodleActionRectContent ") + content);
+        DOODLE_LOG(QStringLiteral("DoodleActionRectContent ") + content);
         object.insert(key(PelDoodleContentKey), content);
         break;
     }

@@ -1,6 +1,6 @@
-#include "DoodleBundle.h"
+#include "DoodleBundle_p.h"
 
-#include "DoodleLog.h"
+#include "DoodleLog_p.h"
 #include "DoodleScreen.h"
 
 #include <QFile>
@@ -58,7 +58,7 @@ QStringList DoodleBundle::stringTable(const QString &name)
     bool ok = false;
     const QStringList values = path.isNull() ? QStringList() : readArrayValues(path, &ok);
     if (!ok)
-        doodleLog(QStringLiteral("resource table %1 is missing or malformed").arg(name));
+        DOODLE_LOG(QStringLiteral("resource table %1 is missing or malformed").arg(name));
     return values;
 }
 

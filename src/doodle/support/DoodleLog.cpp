@@ -1,4 +1,4 @@
-#include "DoodleLog.h"
+#include "DoodleLog_p.h"
 
 #include <QLocale>
 
@@ -6,12 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
-Q_LOGGING_CATEGORY(lcDoodle, "doodle")
-
-void doodleLog(const QString &line)
-{
-    qCInfo(lcDoodle).noquote() << line;
-}
+Q_LOGGING_CATEGORY(lcDoodle, "doodle", QtWarningMsg)
 
 QString DoodleNumber::printfD(qint64 value)
 {
