@@ -8,6 +8,7 @@
 #include <QBitmap>
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QLineEdit>
 #include <QPainter>
 #include <QtTest>
 

@@ -5,6 +5,7 @@
 #include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
 
+#include <QLineEdit>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTransform>
@@ -119,7 +120,7 @@ void ZQDoodleView::setTempCanvasCount(quint64 count)
 {
     if (count > kMaxTempCanvases) {
         DOODLE_LOG(QStringLiteral("setTempCanvasCount %1 lowered to %2")
-                      .arg(QString::number(count), QString::number(kMaxTempCanvases)));
+                       .arg(QString::number(count), QString::number(kMaxTempCanvases)));
         count = kMaxTempCanvases;
     }
     while (tempCanvasCount() < count)
@@ -139,6 +140,11 @@ void ZQDoodleView::layoutSubviews()
         m_cacheCanvas->setGeometry(rect());
     for (ZQDoodleDrawView *canvas : std::as_const(m_tempCanvasArray))
         canvas->setGeometry(rect());
+}
+
+QLineEdit *ZQDoodleView::tempTextField() const
+{
+    return m_tempTextField;
 }
 
 ZQDoodleDrawView *ZQDoodleView::cleanedTempCanvas(quint64 index, bool redraw)

@@ -10,7 +10,7 @@
 #include <QPointer>
 #include <QWidget>
 
-#include <QLineEdit>
+class QLineEdit;
 
 // Told when the user finishes typing into the board's text field.
 class DOODLE_EXPORT ZQDoodleViewDelegate
@@ -44,7 +44,7 @@ public:
     // Kept for hosts that set it; the board itself never reads it.
     ZQDoodleDrawView *tempCanvas() const { return m_tempCanvas; }
     void setTempCanvas(ZQDoodleDrawView *canvas) { m_tempCanvas = canvas; }
-    QLineEdit *tempTextField() const { return m_tempTextField; }
+    QLineEdit *tempTextField() const;
     QList<ZQDoodleDrawView *> tempCanvasArray() const { return m_tempCanvasArray; }
 
     // Adds temp canvases up to `count`; never removes any.

@@ -3,6 +3,7 @@
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayoutView.h"
+#include "DoodleLayout_p.h"
 
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleBundle_p.h>
@@ -27,51 +28,177 @@ QSize initialViewSize()
 
 } // namespace
 
-DoodleLayout::DoodleLayout(const QString &userId, QObject *parent) : QObject(parent)
+DoodleLayout::DoodleLayout(const QString &userId, QObject *parent)
+    : QObject(parent), d(std::make_unique<DoodleLayoutPrivate>(this))
 {
     // reset() selects the brush tool; the tool bar lives on the view, so the
     // view is loaded (and viewDidLoad runs) in the middle of it, before any
     // delegate can be set.
     reset();
-    m_userId = userId;
+    d->m_userId = userId;
 }
 
 DoodleLayout::~DoodleLayout()
 {
-    delete m_view.data();
+    delete d->m_view.data();
 }
 
 QWidget *DoodleLayout::view()
 {
-    if (!m_view) {
-        m_view = new DoodleLayoutView(this);
-        m_view->resize(initialViewSize());
-        viewDidLoad();
+    if (!d->m_view) {
+        d->m_view = new DoodleLayoutView(this);
+        d->m_view->resize(initialViewSize());
+        d->viewDidLoad();
     }
-    return m_view;
+    return d->m_view;
+}
+
+bool DoodleLayout::isViewLoaded() const
+{
+    return !d->m_view.isNull();
+}
+QString DoodleLayout::userId() const
+{
+    return d->m_userId;
+}
+DoodleLayoutDelegate *DoodleLayout::delegate() const
+{
+    return d->m_delegate.get();
+}
+void DoodleLayout::setDelegate(DoodleLayoutDelegate *delegate)
+{
+    d->m_delegate = delegate;
+}
+bool DoodleLayout::drawReceiveTrackAnimated() const
+{
+    return d->m_drawReceiveTrackAnimated;
+}
+void DoodleLayout::setDrawReceiveTrackAnimated(bool animated)
+{
+    d->m_drawReceiveTrackAnimated = animated;
+}
+QString DoodleLayout::waterString() const
+{
+    return d->m_waterString;
+}
+void DoodleLayout::setWaterString(const QString &text)
+{
+    d->m_waterString = text;
+}
+quint64 DoodleLayout::pageCount() const
+{
+    return d->m_pageCount;
+}
+QColor DoodleLayout::backgroundColor() const
+{
+    return d->m_backgroundColor;
+}
+QImage DoodleLayout::backgroundImage() const
+{
+    return d->m_backgroundImage;
+}
+QList<QColor> DoodleLayout::backgroundColors() const
+{
+    return d->m_backgroundColors;
+}
+QList<QImage> DoodleLayout::backgroundImages() const
+{
+    return d->m_backgroundImages;
+}
+double DoodleLayout::brushWidth() const
+{
+    return d->m_brushWidth;
+}
+void DoodleLayout::setBrushWidth(double width)
+{
+    d->m_brushWidth = width;
+}
+double DoodleLayout::eraserWidth() const
+{
+    return d->m_eraserWidth;
+}
+void DoodleLayout::setEraserWidth(double width)
+{
+    d->m_eraserWidth = width;
+}
+double DoodleLayout::textSize() const
+{
+    return d->m_textSize;
+}
+void DoodleLayout::setTextSize(double size)
+{
+    d->m_textSize = size;
+}
+QColor DoodleLayout::brushColor() const
+{
+    return d->m_brushColor;
+}
+void DoodleLayout::setBrushColor(const QColor &color)
+{
+    d->m_brushColor = color;
+}
+qint64 DoodleLayout::actionMode() const
+{
+    return d->m_actionMode;
+}
+QList<double> DoodleLayout::brushWidthArray() const
+{
+    return d->m_brushWidthArray;
+}
+QList<double> DoodleLayout::eraserWidthArray() const
+{
+    return d->m_eraserWidthArray;
+}
+QList<double> DoodleLayout::textSizeArray() const
+{
+    return d->m_textSizeArray;
+}
+qint64 DoodleLayout::colorSelectIndex() const
+{
+    return d->m_colorSelectIndex;
+}
+qint64 DoodleLayout::widthSelectIndex() const
+{
+    return d->m_widthSelectIndex;
+}
+qint64 DoodleLayout::eraserSelectIndex() const
+{
+    return d->m_eraserSelectIndex;
+}
+qint64 DoodleLayout::textSizeSelectIndex() const
+{
+    return d->m_textSizeSelectIndex;
+}
+bool DoodleLayout::isMinToolBar() const
+{
+    return d->m_isMinToolBar;
+}
+DoodlePathCache *DoodleLayout::doodlePathCache() const
+{
+    return &d->m_doodlePathCache;
 }
 
 void DoodleLayout::reset()
 {
-    loadSizeTables();
+    d->loadSizeTables();
     setActionMode(DoodleActionModeBrush);
-    m_path = QPainterPath();
-    m_hasPath = false;
-    m_pageCount = 1;
-    m_brushWidth = firstEntry(m_brushWidthArray);
-    m_widthSelectIndex = 0;
-    m_eraserWidth = firstEntry(m_eraserWidthArray);
-    m_eraserSelectIndex = 0;
-    m_textSize = firstEntry(m_textSizeArray);
-    m_textSizeSelectIndex = 0;
+    d->m_path = QPainterPath();
+    d->m_hasPath = false;
+    d->m_pageCount = 1;
+    d->m_brushWidth = firstEntry(d->m_brushWidthArray);
+    d->m_widthSelectIndex = 0;
+    d->m_eraserWidth = firstEntry(d->m_eraserWidthArray);
+    d->m_eraserSelectIndex = 0;
+    d->m_textSize = firstEntry(d->m_textSizeArray);
+    d->m_textSizeSelectIndex = 0;
     setBackgroundColor(QColor(Qt::transparent));
     setBackgroundImage(QImage());
-    m_doodlePathCache = std::make_unique<DoodlePathCache>();
-    m_brushColor = QColor(Qt::black);
-    m_colorSelectIndex = 0;
+    d->m_doodlePathCache.cleanAllPath();
+    d->m_brushColor = QColor(Qt::black);
+    d->m_colorSelectIndex = 0;
 }
 
-void DoodleLayout::loadSizeTables()
+void DoodleLayoutPrivate::loadSizeTables()
 {
     m_eraserWidthArray = DoodleBundle::numberTable(DoodleBundle::scaledTableName("eraserWidths"));
     m_brushWidthArray = DoodleBundle::numberTable(DoodleBundle::scaledTableName("brushWidths"));
@@ -81,51 +208,51 @@ void DoodleLayout::loadSizeTables()
 ZQDoodleView *DoodleLayout::doodleView()
 {
     QWidget *parent = view();
-    if (!m_doodleView) {
-        m_doodleView = new ZQDoodleView(parent->rect(), QImage(), parent);
-        m_doodleView->setTempCanvasCount(2);
-        m_doodleView->setDelegate(this);
+    if (!d->m_doodleView) {
+        d->m_doodleView = new ZQDoodleView(parent->rect(), QImage(), parent);
+        d->m_doodleView->setTempCanvasCount(2);
+        d->m_doodleView->setDelegate(this);
     }
-    return m_doodleView;
+    return d->m_doodleView;
 }
 
-void DoodleLayout::viewDidLoad()
+void DoodleLayoutPrivate::viewDidLoad()
 {
     m_brushColor = QColor(Qt::black);
-    doodleView()->show();
+    q->doodleView()->show();
     addToolBarToView();
     // The board opens with the tool bar folded away; nobody hears of it yet.
-    showToolBar();
+    q->showToolBar();
     observeNotifications();
-    loadDoodleView();
+    q->loadDoodleView();
 }
 
-void DoodleLayout::observeNotifications()
+void DoodleLayoutPrivate::observeNotifications()
 {
+    if (m_observing)
+        return;
+    m_observing = true;
     if (QScreen *screen = QGuiApplication::primaryScreen())
-        connect(screen, &QScreen::orientationChanged, this, &DoodleLayout::orientChange,
-                Qt::UniqueConnection);
-    if (auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        connect(app, &QGuiApplication::applicationStateChanged, this,
-                &DoodleLayout::applicationStateChanged, Qt::UniqueConnection);
-}
-
-void DoodleLayout::applicationStateChanged(Qt::ApplicationState state)
-{
-    if (state == Qt::ApplicationActive)
-        didBecomeActive();
+        QObject::connect(screen, &QScreen::orientationChanged, q, [this] { orientChange(); });
+    if (auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+        QObject::connect(app, &QGuiApplication::applicationStateChanged, q,
+                         [this](Qt::ApplicationState state) {
+                             if (state == Qt::ApplicationActive)
+                                 didBecomeActive();
+                         });
+    }
 }
 
 void DoodleLayout::loadDoodleView()
 {
     if (!isViewLoaded())
         return;
-    doodleView()->setBackgroundColor(m_backgroundColor);
-    doodleView()->setBackgroundImage(m_backgroundImage);
+    doodleView()->setBackgroundColor(d->m_backgroundColor);
+    doodleView()->setBackgroundImage(d->m_backgroundImage);
     drawCachePath();
 }
 
-void DoodleLayout::viewDidLayout()
+void DoodleLayoutPrivate::viewDidLayout()
 {
     if (!m_doodleView || !m_view)
         return;
@@ -135,28 +262,28 @@ void DoodleLayout::viewDidLayout()
     // cache (a frame reset redraws once by itself).
     if (!m_inFrameReset) {
         m_doodleView->clearAll();
-        loadDoodleView();
+        q->loadDoodleView();
     }
 }
 
-void DoodleLayout::orientChange()
+void DoodleLayoutPrivate::orientChange()
 {
-    reloadToolBar();
-    doodleView()->clearAll();
-    loadDoodleView();
+    q->reloadToolBar();
+    q->doodleView()->clearAll();
+    q->loadDoodleView();
 }
 
 void DoodleLayout::resetDoodleViewFrame(const QRect &frame)
 {
-    m_inFrameReset = true;
+    d->m_inFrameReset = true;
     view()->setGeometry(frame);
     // A hidden widget gets its resize event only when shown; lay out now.
-    viewDidLayout();
-    m_inFrameReset = false;
-    orientChange();
+    d->viewDidLayout();
+    d->m_inFrameReset = false;
+    d->orientChange();
 }
 
-void DoodleLayout::didBecomeActive()
+void DoodleLayoutPrivate::didBecomeActive()
 {
     // A gesture under way when the application left the foreground is abandoned.
     m_doodleDraw.reset();
@@ -166,48 +293,48 @@ void DoodleLayout::didBecomeActive()
 
 void DoodleLayout::setPageCount(quint64 count)
 {
-    m_pageCount = count == 0 ? 1 : count;
+    d->m_pageCount = count == 0 ? 1 : count;
 }
 
 void DoodleLayout::setBackgroundColor(const QColor &color)
 {
-    if (color == m_backgroundColor && color.isValid() == m_backgroundColor.isValid())
+    if (color == d->m_backgroundColor && color.isValid() == d->m_backgroundColor.isValid())
         return;
-    m_backgroundColor = color;
-    if (m_doodleView)
-        m_doodleView->setBackgroundColor(color);
+    d->m_backgroundColor = color;
+    if (d->m_doodleView)
+        d->m_doodleView->setBackgroundColor(color);
 }
 
 void DoodleLayout::setBackgroundImage(const QImage &image)
 {
-    if (image.cacheKey() == m_backgroundImage.cacheKey())
+    if (image.cacheKey() == d->m_backgroundImage.cacheKey())
         return;
-    m_backgroundImage = image;
-    if (m_doodleView)
-        m_doodleView->setBackgroundImage(image);
+    d->m_backgroundImage = image;
+    if (d->m_doodleView)
+        d->m_doodleView->setBackgroundImage(image);
 }
 
 void DoodleLayout::setBackgroundColors(const QList<QColor> &colors)
 {
-    if (colors.isSharedWith(m_backgroundColors))
+    if (colors.isSharedWith(d->m_backgroundColors))
         return;
-    m_backgroundColors = colors;
+    d->m_backgroundColors = colors;
     loadDoodleView();
 }
 
 void DoodleLayout::setBackgroundImages(const QList<QImage> &images)
 {
-    if (images.isSharedWith(m_backgroundImages))
+    if (images.isSharedWith(d->m_backgroundImages))
         return;
-    m_backgroundImages = images;
+    d->m_backgroundImages = images;
     loadDoodleView();
 }
 
 void DoodleLayout::canEdit(bool editable)
 {
-    if (!m_isMinToolBar)
+    if (!d->m_isMinToolBar)
         showToolBar();
-    setToolButtonVisible(editable);
+    d->setToolButtonVisible(editable);
 }
 
 void DoodleLayout::onDoodleActionReceived(const QString &userId, const DoodleActionPtr &action)
@@ -217,7 +344,7 @@ void DoodleLayout::onDoodleActionReceived(const QString &userId, const DoodleAct
 
 QList<DoodleActionPtr> DoodleLayout::getAllPath() const
 {
-    return m_doodlePathCache ? m_doodlePathCache->getAllPath() : QList<DoodleActionPtr>();
+    return d->m_doodlePathCache.getAllPath();
 }
 
 DoodleActionPtr DoodleLayout::stringToDoodleAction(const QString &text) const
@@ -233,14 +360,14 @@ QString DoodleLayout::doodleActionToString(const DoodleActionPtr &action) const
 void DoodleLayout::dismissDoodle()
 {
     cleanDoodleCaches();
-    if (!m_isMinToolBar)
+    if (!d->m_isMinToolBar)
         showToolBar();
     reset();
-    if (DoodleLayoutDelegate *host = m_delegate.get())
+    if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onCloseDoodle();
     setActionMode(DoodleActionModeBrush);
-    if (m_view) {
-        m_view->hide();
-        m_view->setParent(nullptr);
+    if (d->m_view) {
+        d->m_view->hide();
+        d->m_view->setParent(nullptr);
     }
 }

@@ -3,10 +3,11 @@
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayoutView.h"
+#include "DoodleLayout_p.h"
 
 QSizeF DoodleLayout::getScaleSize() const
 {
-    return m_doodleView ? QSizeF(m_doodleView->rect().size()) : QSizeF(0, 0);
+    return d->m_doodleView ? QSizeF(d->m_doodleView->rect().size()) : QSizeF(0, 0);
 }
 
 QPointF DoodleLayout::logicFromNormal(const QPointF &point) const
@@ -49,7 +50,7 @@ QPointF DoodleLayout::limitTouchPoint(const QPointF &point, const QWidget *view)
         return point;
     // Keeps the touch one brush width inside the view's frame so that a line is
     // never cut by the edge; the upper bound wins on a view narrower than 2b.
-    const float b = float(m_brushWidth);
+    const float b = float(d->m_brushWidth);
     const float x = float(point.x());
     const float y = float(point.y());
     const float x1 = b < x ? x : b;

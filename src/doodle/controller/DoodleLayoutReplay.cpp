@@ -3,6 +3,7 @@
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayoutView.h"
+#include "DoodleLayout_p.h"
 
 #include <doodle/support/DoodleLog_p.h>
 
@@ -26,15 +27,13 @@ void DoodleLayout::doodleAction(const DoodleActionPtr &action, const QString &fr
         return;
     const qint64 type = action->actionType();
     if (doodleIsDrawnActionType(type)) {
-        if (m_doodlePathCache)
-            m_doodlePathCache->addAction(action);
+        d->m_doodlePathCache.addAction(action);
         if (isViewLoaded())
             drawDoodle(action);
     } else if (type == DoodleActionTypeUndo) {
         undoDrawPathWithUserId(fromUserId);
     } else if (type == DoodleActionTypeClean) {
-        if (m_doodlePathCache)
-            m_doodlePathCache->cleanAllPath();
+        d->m_doodlePathCache.cleanAllPath();
         if (isViewLoaded())
             cleanDoodleCaches();
     }
@@ -55,7 +54,7 @@ void DoodleLayout::drawDoodle(const DoodleActionPtr &action)
     switch (a.actionType()) {
     case DoodleActionTypeStroke:
     case DoodleActionTypeEraser:
-        drawStroke(a);
+        d->drawStroke(a);
         break;
     case DoodleActionTypeText:
         doodleView()->textInCatchWithStartPoint(normalFromLogicPositionX(a.x(), a.y()), a.text(),
@@ -83,17 +82,17 @@ void DoodleLayout::drawDoodle(const DoodleActionPtr &action)
     }
 }
 
-void DoodleLayout::drawStroke(const DoodleAction &action)
+void DoodleLayoutPrivate::drawStroke(const DoodleAction &action)
 {
     const QPainterPath path = smoothedPath(action.pathPoints());
-    const double width = normalFromLogicWidth(action.brushWidth());
+    const double width = q->normalFromLogicWidth(action.brushWidth());
     if (action.actionType() == DoodleActionTypeStroke)
-        doodleView()->drawInCacheWithPath(path, width, action.brushColor());
+        q->doodleView()->drawInCacheWithPath(path, width, action.brushColor());
     else
-        doodleView()->eraseInCacheWithPath(path, width);
+        q->doodleView()->eraseInCacheWithPath(path, width);
 }
 
-QPainterPath DoodleLayout::smoothedPath(const DoodlePointList &points) const
+QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points) const
 {
     // Each point is the control point of a curve that ends halfway to the next
     // one; the last curve reaches the last point. Points that are malformed or
@@ -105,7 +104,7 @@ QPainterPath DoodleLayout::smoothedPath(const DoodlePointList &points) const
         if (point.size() < 3)
             continue;
         const QPointF current =
-            normalFromLogicPositionX(point.at(1).toFloat(), point.at(2).toFloat());
+            q->normalFromLogicPositionX(point.at(1).toFloat(), point.at(2).toFloat());
         if (!std::isfinite(current.x()) || !std::isfinite(current.y()))
             continue;
         if (!started) {
@@ -134,33 +133,32 @@ void DoodleLayout::drawCachePath()
 
 void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
 {
-    if (m_doodlePathCache && m_doodlePathCache->removeLastPathWithUserId(userId))
+    if (d->m_doodlePathCache.removeLastPathWithUserId(userId))
         drawCachePath();
 }
 
 void DoodleLayout::undo()
 {
-    undoDrawPathWithUserId(m_userId);
-    const DoodleActionPtr action = makeCommandAction(DoodleActionTypeUndo, m_userId);
-    if (DoodleLayoutDelegate *host = m_delegate.get())
+    undoDrawPathWithUserId(d->m_userId);
+    const DoodleActionPtr action = makeCommandAction(DoodleActionTypeUndo, d->m_userId);
+    if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onDoodleActionGenerated(action);
 }
 
 void DoodleLayout::cleanDoodle()
 {
     cleanDoodleCaches();
-    const DoodleActionPtr action = makeCommandAction(DoodleActionTypeClean, m_userId);
-    if (DoodleLayoutDelegate *host = m_delegate.get())
+    const DoodleActionPtr action = makeCommandAction(DoodleActionTypeClean, d->m_userId);
+    if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onDoodleActionGenerated(action);
     // Deliberately after the clear and after the clear action was handed over.
-    if (DoodleLayoutDelegate *host = m_delegate.get())
+    if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onWillCleanDoodle();
 }
 
 void DoodleLayout::cleanDoodleCaches()
 {
-    if (m_doodleView)
-        m_doodleView->clearAll();
-    if (m_doodlePathCache)
-        m_doodlePathCache->cleanAllPath();
+    if (d->m_doodleView)
+        d->m_doodleView->clearAll();
+    d->m_doodlePathCache.cleanAllPath();
 }

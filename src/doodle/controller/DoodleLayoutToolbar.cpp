@@ -4,10 +4,11 @@
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayoutView.h"
+#include "DoodleLayout_p.h"
 
 void DoodleLayout::setActionMode(qint64 mode)
 {
-    m_actionMode = mode;
+    d->m_actionMode = mode;
     if (mode < DoodleActionModeBrush || mode > DoodleActionModeText)
         return;
     // The tool bar is laid out against the controller's view, so marking the
@@ -15,7 +16,7 @@ void DoodleLayout::setActionMode(qint64 mode)
     view();
 }
 
-void DoodleLayout::addToolBarToView()
+void DoodleLayoutPrivate::addToolBarToView()
 {
     if (m_doodletoolbar && !m_doodletoolbar->parentWidget())
         m_doodletoolbar->setParent(m_view);
@@ -25,48 +26,48 @@ void DoodleLayout::addToolBarToView()
 
 void DoodleLayout::showToolBar()
 {
-    if (m_isMinToolBar) {
-        if (m_doodletoolbar)
-            m_doodletoolbar->show();
-        m_isMinToolBar = false;
-        if (DoodleLayoutDelegate *host = m_delegate.get())
+    if (d->m_isMinToolBar) {
+        if (d->m_doodletoolbar)
+            d->m_doodletoolbar->show();
+        d->m_isMinToolBar = false;
+        if (DoodleLayoutDelegate *host = d->m_delegate.get())
             host->onRestartDoodle();
         return;
     }
-    closePickers();
-    if (m_doodletoolbar)
-        m_doodletoolbar->hide();
-    m_isMinToolBar = true;
-    if (DoodleLayoutDelegate *host = m_delegate.get())
+    d->closePickers();
+    if (d->m_doodletoolbar)
+        d->m_doodletoolbar->hide();
+    d->m_isMinToolBar = true;
+    if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onPauseDoodle();
 }
 
 void DoodleLayout::hideToolBar(bool hidden)
 {
-    if (m_doodletoolbar)
-        m_doodletoolbar->setHidden(hidden);
-    if (m_doodletoolButton)
-        m_doodletoolButton->setHidden(hidden);
+    if (d->m_doodletoolbar)
+        d->m_doodletoolbar->setHidden(hidden);
+    if (d->m_doodletoolButton)
+        d->m_doodletoolButton->setHidden(hidden);
 }
 
 void DoodleLayout::reloadToolBar()
 {
-    if (!m_view)
+    if (!d->m_view)
         return;
-    const QSize size = m_view->size();
-    if (m_doodletoolbar)
-        m_doodletoolbar->setGeometry(16, size.height() - 30 - 16, size.width() - 32, 30);
-    if (m_doodletoolButton)
-        m_doodletoolButton->setGeometry(size.width() - 50, size.height() - 100, 44, 44);
+    const QSize size = d->m_view->size();
+    if (d->m_doodletoolbar)
+        d->m_doodletoolbar->setGeometry(16, size.height() - 30 - 16, size.width() - 32, 30);
+    if (d->m_doodletoolButton)
+        d->m_doodletoolButton->setGeometry(size.width() - 50, size.height() - 100, 44, 44);
 }
 
-void DoodleLayout::setToolButtonVisible(bool visible)
+void DoodleLayoutPrivate::setToolButtonVisible(bool visible)
 {
     if (m_doodletoolButton)
         m_doodletoolButton->setVisible(visible);
 }
 
-void DoodleLayout::closePickers()
+void DoodleLayoutPrivate::closePickers()
 {
     // The option pickers open above the tool bar; none exists yet.
 }

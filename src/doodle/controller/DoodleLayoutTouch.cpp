@@ -3,6 +3,7 @@
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayoutView.h"
+#include "DoodleLayout_p.h"
 
 #include <QLineEdit>
 
@@ -19,7 +20,19 @@ bool samePoint(const QPointF &a, const QPointF &b)
 
 } // namespace
 
-bool DoodleLayout::isOnBoard(const QPointF &point) const
+DoodleGestureTool DoodleLayoutPrivate::toolForMode(qint64 mode) const
+{
+    switch (mode) {
+    case DoodleActionModeEraser:
+        return {mode, m_eraserWidth, m_brushColor};
+    case DoodleActionModeText:
+        return {mode, m_textSize, m_brushColor};
+    default:
+        return {mode, m_brushWidth, m_brushColor};
+    }
+}
+
+bool DoodleLayoutPrivate::isOnBoard(const QPointF &point) const
 {
     // The board's frame (its place in the controller's view) against a point in
     // the board's own coordinates: the two agree while the board sits at (0, 0).
@@ -30,127 +43,128 @@ bool DoodleLayout::isOnBoard(const QPointF &point) const
            point.y() >= frame.top() && point.y() < frame.top() + frame.height();
 }
 
-void DoodleLayout::stampAction(qint64 type)
+void DoodleLayoutPrivate::stampAction(qint64 type)
 {
     if (!m_doodleDraw)
         m_doodleDraw = std::make_shared<DoodleAction>();
     m_doodleDraw->setActionType(type);
     m_doodleDraw->setUserId(m_userId);
-    m_doodleDraw->setBrushColor(m_brushColor);
+    m_doodleDraw->setBrushColor(m_gesture.color);
 }
 
-void DoodleLayout::commitAction()
+void DoodleLayoutPrivate::commitAction()
 {
     // The host hears of the action before the cache records it.
     if (DoodleLayoutDelegate *host = m_delegate.get())
         host->onDoodleActionGenerated(m_doodleDraw);
-    if (m_doodlePathCache)
-        m_doodlePathCache->addAction(m_doodleDraw);
+    m_doodlePathCache.addAction(m_doodleDraw);
     m_doodleDraw.reset();
 }
 
 void DoodleLayout::touchesBegan(const DoodleTouch &touch)
 {
-    if (m_isMinToolBar)
+    if (d->m_isMinToolBar)
         return;
-    closePickers();
+    d->m_gesture = d->toolForMode(d->m_actionMode);
+    d->closePickers();
     const QPointF p = touch.location;
-    if (!isOnBoard(p))
+    if (!d->isOnBoard(p))
         return;
-    switch (m_actionMode) {
+    switch (d->m_gesture.mode) {
     case DoodleActionModeBrush:
     case DoodleActionModeEraser:
-        beginStroke(p);
+        d->beginStroke(p);
         break;
     case DoodleActionModeRectangle:
     case DoodleActionModeEllipse:
-        beginBox(p);
+        d->beginBox(p);
         break;
     case DoodleActionModeArrow:
-        beginArrow(p);
+        d->beginArrow(p);
         break;
     default:
         return; // text starts when the touch ends
     }
-    m_drawPathDidMoved = false;
+    d->m_drawPathDidMoved = false;
 }
 
-void DoodleLayout::beginStroke(const QPointF &point)
+void DoodleLayoutPrivate::beginStroke(const QPointF &point)
 {
     if (!m_hasPath) {
         m_path = QPainterPath(point);
         m_hasPath = true;
     }
     m_strokeEnd = m_path.currentPosition();
-    const bool pen = m_actionMode == DoodleActionModeBrush;
+    const bool pen = m_gesture.mode == DoodleActionModeBrush;
     stampAction(pen ? DoodleActionTypeStroke : DoodleActionTypeEraser);
-    m_doodleDraw->setBrushWidth(float(logicFromNormalWidth(pen ? m_brushWidth : m_eraserWidth)));
-    const QPointF logic = logicFromNormal(point);
+    m_doodleDraw->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    const QPointF logic = q->logicFromNormal(point);
     m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
 }
 
-void DoodleLayout::beginBox(const QPointF &point)
+void DoodleLayoutPrivate::beginBox(const QPointF &point)
 {
     if (m_rectIsNull || m_rect.width() == 0 || m_rect.height() == 0) {
         m_rect = QRectF(point, QSizeF(0, 0));
         m_rectIsNull = false;
     }
-    const bool rectangle = m_actionMode == DoodleActionModeRectangle;
+    const bool rectangle = m_gesture.mode == DoodleActionModeRectangle;
     stampAction(rectangle ? DoodleActionTypeRectangle : DoodleActionTypeEllipse);
-    m_doodleDraw->setBrushWidth(float(logicFromNormalWidth(m_brushWidth)));
-    const QPointF logic = logicFromNormal(point);
+    m_doodleDraw->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    const QPointF logic = q->logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
     m_doodleDraw->setWidth(0);
     m_doodleDraw->setHeight(0);
 }
 
-void DoodleLayout::beginArrow(const QPointF &point)
+void DoodleLayoutPrivate::beginArrow(const QPointF &point)
 {
     if (m_startPoint.x() == 0)
         m_startPoint = point;
     stampAction(DoodleActionTypeArrow);
-    m_doodleDraw->setBrushWidth(float(logicFromNormalWidth(m_brushWidth)));
-    const QPointF logic = logicFromNormal(point);
+    m_doodleDraw->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    const QPointF logic = q->logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
 }
 
 void DoodleLayout::touchesMoved(const DoodleTouch &touch)
 {
-    if (m_isMinToolBar)
+    if (d->m_isMinToolBar)
         return;
     QPointF p = touch.location;
     QPointF q = touch.previousLocation;
-    if (!isOnBoard(q)) {
-        q = limitTouchPoint(q, m_doodleView);
-        p = limitTouchPoint(p, m_doodleView);
+    if (!d->isOnBoard(q)) {
+        q = limitTouchPoint(q, d->m_doodleView);
+        p = limitTouchPoint(p, d->m_doodleView);
     }
     if (samePoint(p, q))
         return;
-    if (!isOnBoard(p)) {
-        finishStrokeOffBoard(q);
+    if (!d->isOnBoard(p)) {
+        d->finishStrokeOffBoard(q);
         return;
     }
     const QPointF mid((q.x() + p.x()) * 0.5, (q.y() + p.y()) * 0.5);
-    switch (m_actionMode) {
+    switch (d->m_gesture.mode) {
     case DoodleActionModeBrush:
     case DoodleActionModeEraser:
-        moveStroke(q, mid, p);
+        d->moveStroke(q, mid, p);
         break;
     case DoodleActionModeRectangle:
     case DoodleActionModeEllipse:
-        moveBox(mid);
+        d->moveBox(mid);
         break;
     case DoodleActionModeArrow:
-        moveArrow(mid);
+        d->moveArrow(mid);
         break;
     default:
         break;
     }
 }
 
-void DoodleLayout::moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point)
+void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
+                                     const QPointF &point)
 {
     if (m_hasPath) {
         m_path.quadTo(control, mid);
@@ -159,47 +173,47 @@ void DoodleLayout::moveStroke(const QPointF &control, const QPointF &mid, const 
         QPainterPath segment(m_strokeEnd);
         segment.quadTo(control, mid);
         m_strokeEnd = mid;
-        if (m_actionMode == DoodleActionModeBrush)
-            doodleView()->drawInTempWithPath(segment, m_brushWidth, m_brushColor);
+        if (m_gesture.mode == DoodleActionModeBrush)
+            q->doodleView()->drawInTempWithPath(segment, m_gesture.width, m_gesture.color);
         else
-            doodleView()->eraseInCacheWithPath(segment, m_eraserWidth);
+            q->doodleView()->eraseInCacheWithPath(segment, m_gesture.width);
         m_drawPathDidMoved = true;
     }
     if (m_doodleDraw) {
-        const QPointF logic = logicFromNormal(point);
+        const QPointF logic = q->logicFromNormal(point);
         m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
     }
 }
 
-void DoodleLayout::moveBox(const QPointF &mid)
+void DoodleLayoutPrivate::moveBox(const QPointF &mid)
 {
     if (m_rectIsNull)
         return;
     m_rect.setSize(QSizeF(mid.x() - m_rect.x(), mid.y() - m_rect.y()));
-    if (m_actionMode == DoodleActionModeRectangle)
-        doodleView()->rectInTempWithPath(m_rect, m_brushWidth, m_brushColor);
+    if (m_gesture.mode == DoodleActionModeRectangle)
+        q->doodleView()->rectInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
     else
-        doodleView()->ellipseInTempWithPath(m_rect, m_brushWidth, m_brushColor);
+        q->doodleView()->ellipseInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = true;
     if (m_doodleDraw) {
-        m_doodleDraw->setWidth(float(logicFromNormalWidth(m_rect.width())));
-        m_doodleDraw->setHeight(float(logicFromNormalHeight(m_rect.height())));
+        m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
+        m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
     }
 }
 
-void DoodleLayout::moveArrow(const QPointF &mid)
+void DoodleLayoutPrivate::moveArrow(const QPointF &mid)
 {
     m_endPoint = mid;
-    doodleView()->arrowInTempWithStartPoint(m_startPoint, mid, m_brushWidth, m_brushColor);
+    q->doodleView()->arrowInTempWithStartPoint(m_startPoint, mid, m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = true;
     if (m_doodleDraw) {
-        const QPointF logic = logicFromNormal(mid);
+        const QPointF logic = q->logicFromNormal(mid);
         m_doodleDraw->setEndX(float(logic.x()));
         m_doodleDraw->setEndY(float(logic.y()));
     }
 }
 
-void DoodleLayout::finishStrokeOffBoard(const QPointF &previous)
+void DoodleLayoutPrivate::finishStrokeOffBoard(const QPointF &previous)
 {
     // The finger left the board: a stroke is committed at once; shapes wait.
     if (!m_hasPath)
@@ -214,39 +228,39 @@ void DoodleLayout::finishStrokeOffBoard(const QPointF &previous)
     m_hasPath = false;
 }
 
-void DoodleLayout::drawStrokePermanently()
+void DoodleLayoutPrivate::drawStrokePermanently()
 {
-    if (m_actionMode == DoodleActionModeBrush)
-        doodleView()->drawInCacheWithPath(m_path, m_brushWidth, m_brushColor);
+    if (m_gesture.mode == DoodleActionModeBrush)
+        q->doodleView()->drawInCacheWithPath(m_path, m_gesture.width, m_gesture.color);
     else
-        doodleView()->eraseInCacheWithPath(m_path, m_eraserWidth);
+        q->doodleView()->eraseInCacheWithPath(m_path, m_gesture.width);
 }
 
-QPointF DoodleLayout::gestureEndPoint(const DoodleTouch &touch) const
+QPointF DoodleLayoutPrivate::gestureEndPoint(const DoodleTouch &touch) const
 {
     // Deliberately the previous location, pulled inside when off the board.
     const QPointF end = touch.previousLocation;
-    return isOnBoard(end) ? end : limitTouchPoint(end, m_doodleView);
+    return isOnBoard(end) ? end : q->limitTouchPoint(end, m_doodleView);
 }
 
 void DoodleLayout::touchesEnded(const DoodleTouch &touch)
 {
-    if (m_isMinToolBar || !(m_drawPathDidMoved || m_actionMode == DoodleActionModeText))
+    if (d->m_isMinToolBar || !(d->m_drawPathDidMoved || d->m_gesture.mode == DoodleActionModeText))
         return;
-    finishGesture(gestureEndPoint(touch), false);
+    d->finishGesture(d->gestureEndPoint(touch), false);
 }
 
 void DoodleLayout::touchesCancelled(const DoodleTouch &touch)
 {
     // A cancelled gesture is committed, not discarded; shapes keep their raw size.
-    if (!m_drawPathDidMoved)
+    if (!d->m_drawPathDidMoved)
         return;
-    finishGesture(gestureEndPoint(touch), true);
+    d->finishGesture(d->gestureEndPoint(touch), true);
 }
 
-void DoodleLayout::finishGesture(const QPointF &end, bool cancelled)
+void DoodleLayoutPrivate::finishGesture(const QPointF &end, bool cancelled)
 {
-    switch (m_actionMode) {
+    switch (m_gesture.mode) {
     case DoodleActionModeBrush:
     case DoodleActionModeEraser:
         endStroke(end);
@@ -268,7 +282,7 @@ void DoodleLayout::finishGesture(const QPointF &end, bool cancelled)
     }
 }
 
-void DoodleLayout::endStroke(const QPointF &end)
+void DoodleLayoutPrivate::endStroke(const QPointF &end)
 {
     if (!m_hasPath)
         return;
@@ -279,7 +293,7 @@ void DoodleLayout::endStroke(const QPointF &end)
     m_hasPath = false;
 }
 
-void DoodleLayout::endBox(const QPointF &end, bool normalise)
+void DoodleLayoutPrivate::endBox(const QPointF &end, bool normalise)
 {
     if (m_rectIsNull)
         return;
@@ -287,30 +301,31 @@ void DoodleLayout::endBox(const QPointF &end, bool normalise)
     m_rect = normalise ? QRectF(std::min(origin.x(), end.x()), std::min(origin.y(), end.y()),
                                 std::abs(end.x() - origin.x()), std::abs(end.y() - origin.y()))
                        : QRectF(origin, QSizeF(end.x() - origin.x(), end.y() - origin.y()));
-    if (m_actionMode == DoodleActionModeRectangle)
-        doodleView()->rectInCatchWithPath(m_rect, m_brushWidth, m_brushColor);
+    if (m_gesture.mode == DoodleActionModeRectangle)
+        q->doodleView()->rectInCatchWithPath(m_rect, m_gesture.width, m_gesture.color);
     else
-        doodleView()->ellipseInCatchWithPath(m_rect, m_brushWidth, m_brushColor);
+        q->doodleView()->ellipseInCatchWithPath(m_rect, m_gesture.width, m_gesture.color);
     if (m_doodleDraw) {
         if (normalise) {
-            const QPointF logic = logicFromNormal(m_rect.topLeft());
+            const QPointF logic = q->logicFromNormal(m_rect.topLeft());
             m_doodleDraw->setX(float(logic.x()));
             m_doodleDraw->setY(float(logic.y()));
         }
-        m_doodleDraw->setWidth(float(logicFromNormalWidth(m_rect.width())));
-        m_doodleDraw->setHeight(float(logicFromNormalHeight(m_rect.height())));
+        m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
+        m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
     }
     commitAction();
     m_drawPathDidMoved = false;
     m_rectIsNull = true;
 }
 
-void DoodleLayout::endArrow(const QPointF &end)
+void DoodleLayoutPrivate::endArrow(const QPointF &end)
 {
     m_endPoint = end;
-    doodleView()->arrowInCatchWithStartPoint(m_startPoint, end, m_brushWidth, m_brushColor);
+    q->doodleView()->arrowInCatchWithStartPoint(m_startPoint, end, m_gesture.width,
+                                                m_gesture.color);
     if (m_doodleDraw) {
-        const QPointF logic = logicFromNormal(end);
+        const QPointF logic = q->logicFromNormal(end);
         m_doodleDraw->setEndX(float(logic.x()));
         m_doodleDraw->setEndY(float(logic.y()));
     }
@@ -320,37 +335,34 @@ void DoodleLayout::endArrow(const QPointF &end)
     m_endPoint = QPointF();
 }
 
-void DoodleLayout::openTextEntry(const QPointF &end)
+void DoodleLayoutPrivate::openTextEntry(const QPointF &end)
 {
     m_startPoint = end;
-    doodleView()->textInTempWithStartPoint(end, QString(), m_textSize, m_brushColor);
+    q->doodleView()->textInTempWithStartPoint(end, QString(), m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = false;
     stampAction(DoodleActionTypeText);
-    const QPointF logic = logicFromNormal(end);
+    const QPointF logic = q->logicFromNormal(end);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
-    m_doodleDraw->setTextSize(float(logicFromNormalWidth(m_textSize)));
+    m_doodleDraw->setTextSize(float(q->logicFromNormalWidth(m_gesture.width)));
 }
 
 void DoodleLayout::textEditDone(QLineEdit *textField)
 {
     if (!textField)
         return;
-    // Read the field first: committing the text cleans the canvas it sits on.
-    const QString text = textField->text();
-    const QFont font = textField->font();
-    const double size = font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF();
-    doodleView()->textInCatchWithStartPoint(textField->geometry().topLeft(), text, size,
-                                            textField->palette().color(QPalette::Text));
-    if (!m_doodleDraw)
+    const DoodleActionPtr action = d->m_doodleDraw;
+    if (!action || action->actionType() != DoodleActionTypeText) {
+        if (ZQDoodleDrawView *canvas = doodleView()->getTempCanvas(0))
+            canvas->cleanAllPath(); // a field without a text gesture: just close it
         return;
-    const QPointF logic = logicFromNormal(m_startPoint);
-    m_doodleDraw->setX(float(logic.x()));
-    m_doodleDraw->setY(float(logic.y()));
-    m_doodleDraw->setText(text);
-    m_doodleDraw->setTextSize(float(logicFromNormalWidth(m_textSize)));
-    commitAction();
-    m_drawPathDidMoved = false;
-    m_startPoint = QPointF();
-    m_endPoint = QPointF();
+    }
+    action->setText(textField->text());
+    // Drawn from the action, as every receiver draws it: the exact anchor, the
+    // text size and colour the field was opened with.
+    drawDoodle(action);
+    d->commitAction();
+    d->m_drawPathDidMoved = false;
+    d->m_startPoint = QPointF();
+    d->m_endPoint = QPointF();
 }

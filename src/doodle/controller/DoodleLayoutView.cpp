@@ -1,4 +1,5 @@
 #include "DoodleLayoutView.h"
+#include "DoodleLayout_p.h"
 
 #include <QMouseEvent>
 #include <QResizeEvent>
@@ -14,7 +15,7 @@ void DoodleLayoutView::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     if (event->oldSize() != event->size())
-        m_controller->viewDidLayout();
+        m_controller->d->viewDidLayout();
 }
 
 void DoodleLayoutView::deliver(Phase phase, const QPointF &viewPosition)

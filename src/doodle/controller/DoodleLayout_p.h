@@ -1,0 +1,108 @@
+#pragma once
+
+// The board controller's private state and its internal steps. Not installed:
+// hosts see only DoodleLayout, so the state can change without breaking them.
+#include <doodle/controller/DoodleLayout.h>
+#include <doodle/model/DoodlePathCache.h>
+#include <doodle/support/DoodleWeak.h>
+
+#include <QColor>
+#include <QImage>
+#include <QList>
+#include <QPainterPath>
+#include <QPointF>
+#include <QPointer>
+#include <QRectF>
+
+class DoodleLayoutView;
+
+// The tool, width and colour a gesture was started with: everything it draws
+// and the action it commits use these, whatever the tool state becomes meanwhile.
+struct DoodleGestureTool
+{
+    qint64 mode = DoodleActionModeNone;
+    double width = 0; // view points: the brush, eraser or text size
+    QColor color;
+};
+
+class DoodleLayoutPrivate
+{
+public:
+    explicit DoodleLayoutPrivate(DoodleLayout *owner) : q(owner) {}
+
+    // Lifecycle and notifications.
+    void viewDidLoad();
+    void loadSizeTables();
+    void observeNotifications();
+    void orientChange();
+    void didBecomeActive();
+    void viewDidLayout();
+    // Tool bar.
+    void addToolBarToView();
+    void setToolButtonVisible(bool visible);
+    void closePickers();
+    // Replay.
+    void drawStroke(const DoodleAction &action);
+    QPainterPath smoothedPath(const DoodlePointList &points) const;
+    // Gestures.
+    void commitAction();
+    DoodleGestureTool toolForMode(qint64 mode) const;
+    bool isOnBoard(const QPointF &point) const;
+    void beginStroke(const QPointF &point);
+    void beginBox(const QPointF &point);
+    void beginArrow(const QPointF &point);
+    void stampAction(qint64 type);
+    void finishStrokeOffBoard(const QPointF &previous);
+    void drawStrokePermanently();
+    void moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point);
+    void moveBox(const QPointF &mid);
+    void moveArrow(const QPointF &mid);
+    void finishGesture(const QPointF &end, bool cancelled);
+    void endStroke(const QPointF &end);
+    void endBox(const QPointF &end, bool normalise);
+    void endArrow(const QPointF &end);
+    void openTextEntry(const QPointF &end);
+    QPointF gestureEndPoint(const DoodleTouch &touch) const;
+
+    DoodleLayout *q;
+    QString m_userId;
+    QList<QColor> m_backgroundColors;
+    QList<QImage> m_backgroundImages;
+    QPainterPath m_path;
+    bool m_hasPath = false;
+    QPointF m_strokeEnd; // where the last previewed segment of the stroke ended
+    QRectF m_rect;
+    bool m_rectIsNull = true;
+    QPointF m_startPoint;
+    QPointF m_endPoint;
+    DoodlePathCache m_doodlePathCache; // lives as long as the board
+    DoodleActionPtr m_doodleDraw;
+    DoodleGestureTool m_gesture;
+    bool m_drawPathDidMoved = false;
+    QList<double> m_brushWidthArray;
+    QList<double> m_eraserWidthArray;
+    QList<double> m_textSizeArray;
+    qint64 m_colorSelectIndex = 0;
+    qint64 m_widthSelectIndex = 0;
+    qint64 m_eraserSelectIndex = 0;
+    qint64 m_textSizeSelectIndex = 0;
+    bool m_isMinToolBar = false;
+    bool m_drawReceiveTrackAnimated = false;
+    double m_brushWidth = 0;
+    double m_eraserWidth = 0;
+    double m_textSize = 0;
+    QColor m_brushColor;
+    qint64 m_actionMode = 0;
+    DoodleWeak<DoodleLayoutDelegate> m_delegate;
+    QPointer<ZQDoodleView> m_doodleView;
+    quint64 m_pageCount = 1;
+    QColor m_backgroundColor;
+    QImage m_backgroundImage;
+    QString m_waterString;
+    QPointer<QWidget> m_view; // a DoodleLayoutView
+    bool m_inFrameReset = false;
+    bool m_observing = false;
+    // The tool bar and its floating button, once the tool bar exists.
+    QPointer<QWidget> m_doodletoolbar;
+    QPointer<QWidget> m_doodletoolButton;
+};
