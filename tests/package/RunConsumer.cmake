@@ -10,6 +10,15 @@ function(run)
 endfunction()
 
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+# Internal headers stay out of the package.
+file(GLOB_RECURSE private_headers ${prefix}/include/*_p.h)
+if(private_headers)
+    message(FATAL_ERROR "private headers installed: ${private_headers}")
+endif()
+# The installed tool starts from this prefix without help from the loader's path.
+unset(ENV{LD_LIBRARY_PATH})
+unset(ENV{QT_LOGGING_RULES})
+run(${prefix}/bin/doodle inspect ${SAMPLE})
 set(flags "")
 if(SANITIZE)
     set(flags "-fsanitize=address,undefined -fno-omit-frame-pointer")
@@ -17,4 +26,10 @@ endif()
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/build -G ${GENERATOR}
     -DCMAKE_PREFIX_PATH=${prefix} "-DCMAKE_CXX_FLAGS=${flags}")
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
-run(${WORK_DIR}/build/consumer)
+# A host that did not ask for the library's log lines sees none.
+execute_process(COMMAND ${WORK_DIR}/build/consumer RESULT_VARIABLE rc
+    OUTPUT_VARIABLE out ERROR_VARIABLE err)
+message("${out}")
+if(NOT rc EQUAL 0 OR err MATCHES "(^|\n)doodle:")
+    message(FATAL_ERROR "consumer failed (${rc}) or the library logged:\n${err}")
+endif()

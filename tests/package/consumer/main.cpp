@@ -35,8 +35,14 @@ int main(int argc, char **argv)
     QTextStream out(stdout);
     const bool drawn = !board.doodleView()->cacheCanvas()->cacheImage().isNull();
     const bool tables = !board.brushWidthArray().isEmpty();
-    if (!roundTrips(rectangle) || !drawn || !tables) {
-        out << "consumer: failed (round trip, drawing or resource tables)" << Qt::endl;
+    // Input the library logs about at info level: nothing reaches this host.
+    const bool rejected = !board.stringToDoodleAction(QStringLiteral("{\"bad\""));
+    // The cache a host holds stays valid across a dismissal.
+    DoodlePathCache *cache = board.doodlePathCache();
+    board.dismissDoodle();
+    const bool cacheKept = cache->getAllPath().isEmpty() && cache == board.doodlePathCache();
+    if (!roundTrips(rectangle) || !drawn || !tables || !rejected || !cacheKept) {
+        out << "consumer: failed (round trip, drawing, tables, bad text or cache)" << Qt::endl;
         return 1;
     }
     out << "consumer: ok" << Qt::endl;
