@@ -29,7 +29,7 @@ run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 # A host that did not ask for the library's log lines sees none.
 execute_process(COMMAND ${WORK_DIR}/build/consumer RESULT_VARIABLE rc
     OUTPUT_VARIABLE out ERROR_VARIABLE err)
-message("${out}")
 if(NOT rc EQUAL 0 OR err MATCHES "(^|\n)doodle:")
     message(FATAL_ERROR "consumer failed (${rc}) or the library logged:\n${err}")
 endif()
+message("${out}")
