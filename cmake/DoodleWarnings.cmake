@@ -1,6 +1,7 @@
 # Warnings and sanitizers shared by every target of the project.
 add_library(doodle_build_flags INTERFACE)
-target_compile_options(doodle_build_flags INTERFACE -Wall -Wextra -Wpedantic)
+target_compile_options(doodle_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+    -Wold-style-cast -Wzero-as-null-pointer-constant -Wnon-virtual-dtor -Wconversion)
 if(DOODLE_SANITIZE)
     set(_doodle_san -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(doodle_build_flags INTERFACE ${_doodle_san})

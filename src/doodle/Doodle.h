@@ -2,13 +2,13 @@
 
 // Umbrella header: every public header of the doodle library.
 #include <doodle/DoodleExport.h>
-#include <doodle/support/DoodleScreen.h>
-#include <doodle/support/DoodleWeak.h>
+#include <doodle/canvas/ZQDoodleDrawView.h>
+#include <doodle/canvas/ZQDoodleView.h>
+#include <doodle/controller/DoodleLayout.h>
+#include <doodle/controller/DoodleLayoutDelegate.h>
 #include <doodle/model/DoodleAction.h>
 #include <doodle/model/DoodleKeys.h>
 #include <doodle/model/DoodlePathCache.h>
 #include <doodle/model/DoodleTranslate.h>
-#include <doodle/canvas/ZQDoodleDrawView.h>
-#include <doodle/canvas/ZQDoodleView.h>
-#include <doodle/controller/DoodleLayoutDelegate.h>
-#include <doodle/controller/DoodleLayout.h>
+#include <doodle/support/DoodleScreen.h>
+#include <doodle/support/DoodleWeak.h>

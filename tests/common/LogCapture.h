@@ -28,7 +28,10 @@ public:
     void clear() { s_lines.clear(); }
 
 private:
-    static bool isDoodle(const char *category) { return category && qstrcmp(category, "doodle") == 0; }
+    static bool isDoodle(const char *category)
+    {
+        return category && qstrcmp(category, "doodle") == 0;
+    }
     static void filter(QLoggingCategory *category)
     {
         if (s_previousFilter)

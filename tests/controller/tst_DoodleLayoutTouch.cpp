@@ -107,7 +107,7 @@ private slots:
     {
         QFETCH(Input, input);
         TouchBoard t;
-        int cachedWhenGenerated = -1;
+        qsizetype cachedWhenGenerated = -1;
         t.host.onGenerated = [&](const DoodleActionPtr &) {
             cachedWhenGenerated = t.board.getAllPath().size();
         };
@@ -122,7 +122,7 @@ private slots:
         QCOMPARE(
             pointStrings(action),
             QStringList({"2 -0.800000 -0.600000", "2 -0.400000 -0.400000", "2 0.000000 0.000000"}));
-        QCOMPARE(cachedWhenGenerated, 0); // the host hears first, then the cache records
+        QCOMPARE(cachedWhenGenerated, qsizetype(0)); // the host hears first, then the cache records
         QCOMPARE(t.board.getAllPath().size(), 1);
         QCOMPARE(QColor(t.cache().pixel(60, 30)), QColor(Qt::red));
         QVERIFY(t.board.doodleView()->getTempCanvas(0)->cacheImage().isNull());

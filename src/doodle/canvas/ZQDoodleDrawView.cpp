@@ -271,7 +271,7 @@ void ZQDoodleDrawView::textInCacheWithStartPoint(const QPointF &point, const QSt
                                                  double textSize, const QColor &color)
 {
     DOODLE_LOG(QStringLiteral("textInCacheWithStartPoint %1,%2,%3")
-                  .arg(DoodleNumber::pointText(point), text, DoodleNumber::printfF(textSize)));
+                   .arg(DoodleNumber::pointText(point), text, DoodleNumber::printfF(textSize)));
     const auto pixelSize = DoodleDrawInput::textSize(textSize, size());
     if (!pixelSize || !DoodleDrawInput::isFinite(point)) {
         logSkipped("textInCacheWithStartPoint", QStringLiteral("no finite position and size"));

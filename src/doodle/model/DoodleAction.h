@@ -10,7 +10,8 @@
 #include <memory>
 
 // Action type codes: the library's own wire values.
-enum DoodleActionType : qint64 {
+enum DoodleActionType : qint64
+{
     DoodleActionTypeNone = 0,
     DoodleActionTypeUndo = 258,
     DoodleActionTypeClean = 259,

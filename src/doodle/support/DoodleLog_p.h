@@ -15,8 +15,8 @@ DOODLE_EXPORT Q_DECLARE_LOGGING_CATEGORY(lcDoodle)
 // evaluated only when that level is enabled, so a filtered line costs nothing.
 #define DOODLE_LOG(line) qCInfo(lcDoodle).noquote() << (line)
 
-// C printf number formats that do not depend on the process locale.
-class DOODLE_EXPORT DoodleNumber
+    // C printf number formats that do not depend on the process locale.
+    class DOODLE_EXPORT DoodleNumber
 {
 public:
     // "%d": a signed decimal integer.
