@@ -79,8 +79,9 @@ private slots:
         DoodlePathCache cache;
         cache.addAction(nullptr);
         for (const QString &user : users) {
-            cache.addAction(std::make_shared<DoodleAction>());
-            cache.getAllPath().last()->setUserId(user);
+            auto action = std::make_shared<DoodleAction>();
+            action->setUserId(user);
+            cache.addAction(action);
         }
         QCOMPARE(cache.getAllPath().size(), users.size());
         for (qsizetype i = 0; i < removals.size(); ++i)

@@ -136,16 +136,33 @@ void ZQDoodleDrawView::clearPicture(bool release)
 
 template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, Draw draw)
 {
-    if (!preparePicture())
+    m_lastPainted = QRect();
+    QRect changed = (dirty & QRectF(rect())).toAlignedRect();
+    if (!m_clip.isEmpty())
+        changed &= m_clip;
+    if (changed.isEmpty() || !preparePicture())
         return;
     {
         QPainter painter(&m_cacheImage);
         painter.setRenderHint(QPainter::Antialiasing);
+        if (!m_clip.isEmpty())
+            painter.setClipRect(m_clip);
         draw(painter);
     }
-    const QRect changed = (dirty & QRectF(rect())).toAlignedRect();
+    m_lastPainted = changed;
     m_paintedRect |= changed;
     update(changed);
+}
+
+void ZQDoodleDrawView::clearRect(const QRect &area)
+{
+    const QRect cleared = area & m_paintedRect;
+    if (cleared.isEmpty() || m_cacheImage.deviceIndependentSize() != QSizeF(size()))
+        return;
+    QPainter painter(&m_cacheImage);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(cleared, Qt::transparent);
+    update(cleared);
 }
 
 void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const QColor &color,

@@ -46,6 +46,15 @@ public:
     // drawn right after, as a preview redrawn on every move is.
     void cleanForRedraw();
 
+    // Region redraw: while a clip is set, primitives change only the pixels
+    // inside it and skip shapes that miss it. An empty rectangle removes it.
+    void setClipRect(const QRect &clip) { m_clip = clip; }
+    // Makes the pixels inside the rectangle transparent.
+    void clearRect(const QRect &area);
+    // The rectangle (in view points) the last primitive could have changed;
+    // empty when it drew nothing.
+    QRect lastPaintedRect() const { return m_lastPainted; }
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void childEvent(QChildEvent *event) override;
@@ -60,4 +69,6 @@ private:
     QImage m_cacheImage;
     // Union of the rectangles painted since the picture was last empty.
     QRect m_paintedRect;
+    QRect m_lastPainted;
+    QRect m_clip;
 };

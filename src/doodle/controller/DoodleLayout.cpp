@@ -261,7 +261,6 @@ void DoodleLayoutPrivate::viewDidLayout()
     // The board is pixels: after a change of size it is drawn again from the
     // cache (a frame reset redraws once by itself).
     if (!m_inFrameReset) {
-        m_doodleView->clearAll();
         q->loadDoodleView();
     }
 }
@@ -269,7 +268,6 @@ void DoodleLayoutPrivate::viewDidLayout()
 void DoodleLayoutPrivate::orientChange()
 {
     q->reloadToolBar();
-    q->doodleView()->clearAll();
     q->loadDoodleView();
 }
 
@@ -286,9 +284,7 @@ void DoodleLayout::resetDoodleViewFrame(const QRect &frame)
 void DoodleLayoutPrivate::didBecomeActive()
 {
     // A gesture under way when the application left the foreground is abandoned.
-    m_doodleDraw.reset();
-    m_path = QPainterPath();
-    m_hasPath = false;
+    abandonGesture();
 }
 
 void DoodleLayout::setPageCount(quint64 count)
@@ -359,6 +355,11 @@ QString DoodleLayout::doodleActionToString(const DoodleActionPtr &action) const
 
 void DoodleLayout::dismissDoodle()
 {
+    // Everything goes: the drawing, a gesture under way and an open text field.
+    d->resetGesture();
+    d->closeTextField();
+    if (d->m_doodleView)
+        d->m_doodleView->clearAll();
     cleanDoodleCaches();
     if (!d->m_isMinToolBar)
         showToolBar();

@@ -27,9 +27,9 @@ void DoodleLayout::doodleAction(const DoodleActionPtr &action, const QString &fr
         return;
     const qint64 type = action->actionType();
     if (doodleIsDrawnActionType(type)) {
-        d->m_doodlePathCache.addAction(action);
+        d->m_doodlePathCache.addAction(action, fromUserId);
         if (isViewLoaded())
-            drawDoodle(action);
+            d->drawEntry(d->m_doodlePathCache.size() - 1);
     } else if (type == DoodleActionTypeUndo) {
         undoDrawPathWithUserId(fromUserId);
     } else if (type == DoodleActionTypeClean) {
@@ -47,49 +47,74 @@ void DoodleLayout::addAction(const DoodleActionPtr &action)
 
 void DoodleLayout::drawDoodle(const DoodleActionPtr &action)
 {
-    if (!action)
-        return;
-    const DoodleAction &a = *action;
-    const double lineWidth = normalFromLogicWidth(a.brushWidth());
+    if (action)
+        d->paint(*action);
+}
+
+ZQDoodleDrawView *DoodleLayoutPrivate::cacheSurface()
+{
+    // Replay draws on the cache canvas alone: previews and an open text field
+    // on the temp canvases stay as they are.
+    ZQDoodleView *board = q->doodleView();
+    ZQDoodleDrawView *canvas = board->cacheCanvas();
+    canvas->setGeometry(board->rect());
+    return canvas;
+}
+
+QRect DoodleLayoutPrivate::paint(const DoodleAction &a)
+{
+    ZQDoodleDrawView *canvas = cacheSurface();
+    const double lineWidth = q->normalFromLogicWidth(a.brushWidth());
     switch (a.actionType()) {
     case DoodleActionTypeStroke:
     case DoodleActionTypeEraser:
-        d->drawStroke(a);
+        drawStroke(a);
         break;
     case DoodleActionTypeText:
-        doodleView()->textInCatchWithStartPoint(normalFromLogicPositionX(a.x(), a.y()), a.text(),
-                                                normalFromLogicWidth(a.textSize()), a.brushColor());
+        canvas->textInCacheWithStartPoint(q->normalFromLogicPositionX(a.x(), a.y()), a.text(),
+                                          q->normalFromLogicWidth(a.textSize()), a.brushColor());
         break;
     case DoodleActionTypeEllipse:
-    case DoodleActionTypeRectangle: {
-        const QRectF logic(a.x(), a.y(), a.width(), a.height());
-        const QRectF rect = normalFromLogicRect(logic);
-        if (a.actionType() == DoodleActionTypeRectangle) {
-            doodleView()->rectInCatchWithPath(rect, lineWidth, a.brushColor());
-        } else {
-            doodleView()->ellipseInCatchWithPath(rect, lineWidth, a.brushColor());
-            DOODLE_LOG(QStringLiteral("CGRectMake %1").arg(DoodleNumber::rectText(logic)));
-        }
+    case DoodleActionTypeRectangle:
+        paintBox(a, lineWidth);
         break;
-    }
     case DoodleActionTypeArrow:
-        doodleView()->arrowInCatchWithStartPoint(normalFromLogicPositionX(a.x(), a.y()),
-                                                 normalFromLogicPositionX(a.endX(), a.endY()),
-                                                 lineWidth, a.brushColor());
+        canvas->arrowInCacheWithStartPoint(q->normalFromLogicPositionX(a.x(), a.y()),
+                                           q->normalFromLogicPositionX(a.endX(), a.endY()),
+                                           lineWidth, a.brushColor());
         break;
     default:
-        break;
+        return QRect();
     }
+    return canvas->lastPaintedRect();
+}
+
+void DoodleLayoutPrivate::paintBox(const DoodleAction &a, double lineWidth)
+{
+    const QRectF logic(double(a.x()), double(a.y()), double(a.width()), double(a.height()));
+    const QRectF rect = q->normalFromLogicRect(logic);
+    if (a.actionType() == DoodleActionTypeRectangle) {
+        cacheSurface()->rectangleInCacheWithRect(rect, lineWidth, a.brushColor());
+    } else {
+        cacheSurface()->ellipseInCacheWithRect(rect, lineWidth, a.brushColor());
+        DOODLE_LOG(QStringLiteral("CGRectMake %1").arg(DoodleNumber::rectText(logic)));
+    }
+}
+
+void DoodleLayoutPrivate::drawEntry(qsizetype index)
+{
+    const DoodleCacheEntry &entry = m_doodlePathCache.entries().at(index);
+    m_doodlePathCache.setDrawnRect(index, paint(*entry.action));
 }
 
 void DoodleLayoutPrivate::drawStroke(const DoodleAction &action)
 {
     const QPainterPath path = smoothedPath(action.pathPoints());
-    const double width = q->normalFromLogicWidth(action.brushWidth());
+    const double width = q->normalFromLogicWidth(double(action.brushWidth()));
     if (action.actionType() == DoodleActionTypeStroke)
-        q->doodleView()->drawInCacheWithPath(path, width, action.brushColor());
+        cacheSurface()->drawInCacheWithPath(path, width, action.brushColor());
     else
-        q->doodleView()->eraseInCacheWithPath(path, width);
+        cacheSurface()->eraseInCacheWithPath(path, width);
 }
 
 QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points) const
@@ -124,17 +149,41 @@ void DoodleLayout::drawCachePath()
 {
     if (!isViewLoaded())
         return;
-    const QList<DoodleActionPtr> actions = getAllPath();
-    doodleView()->clearAll();
-    DOODLE_LOG(QStringLiteral("addAction %1").arg(DoodleNumber::printfD(actions.size())));
-    for (const DoodleActionPtr &action : actions)
-        drawDoodle(action);
+    d->cacheSurface()->cleanForRedraw();
+    DOODLE_LOG(
+        QStringLiteral("addAction %1").arg(DoodleNumber::printfD(d->m_doodlePathCache.size())));
+    for (qsizetype i = 0; i < d->m_doodlePathCache.size(); ++i)
+        d->drawEntry(i);
+    d->reapplyLiveErasure();
+}
+
+void DoodleLayoutPrivate::redrawRegion(const QRectF &area)
+{
+    ZQDoodleDrawView *canvas = cacheSurface();
+    const QRect region = area.toAlignedRect() & canvas->rect();
+    if (region.isEmpty())
+        return;
+    if (region == canvas->rect()) {
+        q->drawCachePath();
+        return;
+    }
+    // Only the pixels inside the region change: clear them and replay, in
+    // cache order and clipped to it, every drawing that reached into it.
+    canvas->clearRect(region);
+    canvas->setClipRect(region);
+    for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
+        if (entry.drawnRect.intersects(region))
+            paint(*entry.action);
+    }
+    reapplyLiveErasure();
+    canvas->setClipRect(QRect());
 }
 
 void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
 {
-    if (d->m_doodlePathCache.removeLastPathWithUserId(userId))
-        drawCachePath();
+    const DoodleCacheEntry removed = d->m_doodlePathCache.takeLastOwnedBy(userId);
+    if (removed.action && isViewLoaded())
+        d->redrawRegion(removed.drawnRect);
 }
 
 void DoodleLayout::undo()
@@ -159,6 +208,7 @@ void DoodleLayout::cleanDoodle()
 void DoodleLayout::cleanDoodleCaches()
 {
     if (d->m_doodleView)
-        d->m_doodleView->clearAll();
+        d->cacheSurface()->cleanAllPath();
     d->m_doodlePathCache.cleanAllPath();
+    d->reapplyLiveErasure();
 }

@@ -1,9 +1,14 @@
 // Board controller: the local user's gestures become a live preview, a
-// permanent drawing and one action per finished gesture.
+// permanent drawing and one action per finished gesture. Every gesture starts
+// from nothing and leaves nothing behind; what it commits is drawn from the
+// action exactly as every receiver draws it.
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayoutView.h"
 #include "DoodleLayout_p.h"
+
+#include <doodle/model/DoodleTranslate.h>
+#include <doodle/support/DoodleLog_p.h>
 
 #include <QLineEdit>
 
@@ -11,11 +16,19 @@
 
 namespace {
 
-constexpr qint32 kTimeInterval = 2; // every locally captured point carries it
+constexpr qint32 kTimeInterval = 2;   // every locally captured point carries it
+constexpr quint64 kPreviewCanvas = 0; // live previews of strokes and shapes
+constexpr quint64 kTextCanvas = 1;    // the text field, apart from the previews
 
 bool samePoint(const QPointF &a, const QPointF &b)
 {
     return a.x() == b.x() && a.y() == b.y(); // exact, unlike QPointF's fuzzy ==
+}
+
+// The action as a receiver gets it: every number quantised by the text form.
+DoodleActionPtr asReceived(const DoodleActionPtr &action)
+{
+    return DoodleTranslate::doodleActionFromString(DoodleTranslate::stringFromDoodleAction(action));
 }
 
 } // namespace
@@ -43,30 +56,97 @@ bool DoodleLayoutPrivate::isOnBoard(const QPointF &point) const
            point.y() >= frame.top() && point.y() < frame.top() + frame.height();
 }
 
-void DoodleLayoutPrivate::stampAction(qint64 type)
+DoodleActionPtr DoodleLayoutPrivate::newAction(qint64 type) const
 {
-    if (!m_doodleDraw)
-        m_doodleDraw = std::make_shared<DoodleAction>();
-    m_doodleDraw->setActionType(type);
-    m_doodleDraw->setUserId(m_userId);
-    m_doodleDraw->setBrushColor(m_gesture.color);
+    auto action = std::make_shared<DoodleAction>();
+    action->setActionType(type);
+    action->setUserId(m_userId);
+    // Stored as the text form carries it, so that nothing finer is drawn locally.
+    action->setBrushColor(QColor::fromRgba(m_gesture.color.rgba()));
+    action->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    return action;
 }
 
-void DoodleLayoutPrivate::commitAction()
+void DoodleLayoutPrivate::resetGesture()
 {
+    m_doodleDraw.reset();
+    m_path = QPainterPath();
+    m_hasPath = false;
+    m_rect = QRectF();
+    m_rectIsNull = true;
+    m_startPoint = QPointF();
+    m_endPoint = QPointF();
+    m_drawPathDidMoved = false;
+    m_liveErased = QRectF();
+}
+
+void DoodleLayoutPrivate::abandonGesture()
+{
+    const QRectF erased = m_liveErased;
+    const bool hadPreview = m_drawPathDidMoved;
+    resetGesture();
+    if (!m_doodleView)
+        return;
+    if (hadPreview)
+        cleanPreview();
+    // What a live eraser took away comes back from the cache.
+    if (!erased.isEmpty())
+        redrawRegion(erased);
+}
+
+void DoodleLayoutPrivate::cleanPreview()
+{
+    if (ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(kPreviewCanvas))
+        canvas->cleanForRedraw();
+}
+
+bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
+{
+    const DoodleActionPtr action = built ? asReceived(built) : nullptr;
+    if (!action) {
+        qCWarning(lcDoodle, "a local action could not be written as text; dropped");
+        return false;
+    }
     // The host hears of the action before the cache records it.
     if (DoodleLayoutDelegate *host = m_delegate.get())
-        host->onDoodleActionGenerated(m_doodleDraw);
-    m_doodlePathCache.addAction(m_doodleDraw);
-    m_doodleDraw.reset();
+        host->onDoodleActionGenerated(action);
+    m_doodlePathCache.addAction(action, m_userId);
+    drawEntry(m_doodlePathCache.size() - 1);
+    return true;
+}
+
+void DoodleLayoutPrivate::commitGesture()
+{
+    const DoodleActionPtr built = m_doodleDraw;
+    const QRectF erased = m_liveErased;
+    resetGesture();
+    cleanPreview();
+    if (!commitAction(built) && erased.isEmpty())
+        return;
+    // The live eraser cleared its segments one by one; the committed erasure
+    // is the replay of the whole path once, as every receiver draws it.
+    QRectF region = erased;
+    if (!m_doodlePathCache.entries().isEmpty())
+        region |= m_doodlePathCache.entries().last().drawnRect;
+    if (!erased.isEmpty())
+        redrawRegion(region);
+}
+
+void DoodleLayoutPrivate::reapplyLiveErasure()
+{
+    if (!m_hasPath || m_gesture.mode != DoodleActionModeEraser || !m_doodleView)
+        return;
+    cacheSurface()->eraseInCacheWithPath(m_path, m_gesture.width);
+    m_liveErased |= cacheSurface()->lastPaintedRect();
 }
 
 void DoodleLayout::touchesBegan(const DoodleTouch &touch)
 {
     if (d->m_isMinToolBar)
         return;
-    d->m_gesture = d->toolForMode(d->m_actionMode);
     d->closePickers();
+    d->abandonGesture();
+    d->m_gesture = d->toolForMode(d->m_actionMode);
     const QPointF p = touch.location;
     if (!d->isOnBoard(p))
         return;
@@ -83,47 +163,36 @@ void DoodleLayout::touchesBegan(const DoodleTouch &touch)
         d->beginArrow(p);
         break;
     default:
-        return; // text starts when the touch ends
+        break; // text starts when the touch ends
     }
-    d->m_drawPathDidMoved = false;
 }
 
 void DoodleLayoutPrivate::beginStroke(const QPointF &point)
 {
-    if (!m_hasPath) {
-        m_path = QPainterPath(point);
-        m_hasPath = true;
-    }
-    m_strokeEnd = m_path.currentPosition();
+    m_path = QPainterPath(point);
+    m_hasPath = true;
+    m_strokeEnd = point;
     const bool pen = m_gesture.mode == DoodleActionModeBrush;
-    stampAction(pen ? DoodleActionTypeStroke : DoodleActionTypeEraser);
-    m_doodleDraw->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    m_doodleDraw = newAction(pen ? DoodleActionTypeStroke : DoodleActionTypeEraser);
     const QPointF logic = q->logicFromNormal(point);
     m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
 }
 
 void DoodleLayoutPrivate::beginBox(const QPointF &point)
 {
-    if (m_rectIsNull || m_rect.width() == 0 || m_rect.height() == 0) {
-        m_rect = QRectF(point, QSizeF(0, 0));
-        m_rectIsNull = false;
-    }
+    m_rect = QRectF(point, QSizeF(0, 0));
+    m_rectIsNull = false;
     const bool rectangle = m_gesture.mode == DoodleActionModeRectangle;
-    stampAction(rectangle ? DoodleActionTypeRectangle : DoodleActionTypeEllipse);
-    m_doodleDraw->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    m_doodleDraw = newAction(rectangle ? DoodleActionTypeRectangle : DoodleActionTypeEllipse);
     const QPointF logic = q->logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
-    m_doodleDraw->setWidth(0);
-    m_doodleDraw->setHeight(0);
 }
 
 void DoodleLayoutPrivate::beginArrow(const QPointF &point)
 {
-    if (m_startPoint.x() == 0)
-        m_startPoint = point;
-    stampAction(DoodleActionTypeArrow);
-    m_doodleDraw->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    m_startPoint = point;
+    m_doodleDraw = newAction(DoodleActionTypeArrow);
     const QPointF logic = q->logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
@@ -131,7 +200,7 @@ void DoodleLayoutPrivate::beginArrow(const QPointF &point)
 
 void DoodleLayout::touchesMoved(const DoodleTouch &touch)
 {
-    if (d->m_isMinToolBar)
+    if (d->m_isMinToolBar || !d->m_doodleDraw)
         return;
     QPointF p = touch.location;
     QPointF q = touch.previousLocation;
@@ -142,7 +211,7 @@ void DoodleLayout::touchesMoved(const DoodleTouch &touch)
     if (samePoint(p, q))
         return;
     if (!d->isOnBoard(p)) {
-        d->finishStrokeOffBoard(q);
+        d->finishStrokeOffBoard();
         return;
     }
     const QPointF mid((q.x() + p.x()) * 0.5, (q.y() + p.y()) * 0.5);
@@ -166,39 +235,34 @@ void DoodleLayout::touchesMoved(const DoodleTouch &touch)
 void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
                                      const QPointF &point)
 {
-    if (m_hasPath) {
-        m_path.quadTo(control, mid);
-        // Only the new segment is drawn: the preview (and the eraser's live
-        // erasing) costs the same per move however long the stroke grows.
-        QPainterPath segment(m_strokeEnd);
-        segment.quadTo(control, mid);
-        m_strokeEnd = mid;
-        if (m_gesture.mode == DoodleActionModeBrush)
-            q->doodleView()->drawInTempWithPath(segment, m_gesture.width, m_gesture.color);
-        else
-            q->doodleView()->eraseInCacheWithPath(segment, m_gesture.width);
-        m_drawPathDidMoved = true;
+    m_path.quadTo(control, mid);
+    // Only the new segment is drawn: the preview (and the eraser's live
+    // erasing) costs the same per move however long the stroke grows.
+    QPainterPath segment(m_strokeEnd);
+    segment.quadTo(control, mid);
+    m_strokeEnd = mid;
+    if (m_gesture.mode == DoodleActionModeBrush) {
+        q->doodleView()->drawInTempWithPath(segment, m_gesture.width, m_gesture.color,
+                                            kPreviewCanvas);
+    } else {
+        cacheSurface()->eraseInCacheWithPath(segment, m_gesture.width);
+        m_liveErased |= cacheSurface()->lastPaintedRect();
     }
-    if (m_doodleDraw) {
-        const QPointF logic = q->logicFromNormal(point);
-        m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
-    }
+    m_drawPathDidMoved = true;
+    const QPointF logic = q->logicFromNormal(point);
+    m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
 }
 
 void DoodleLayoutPrivate::moveBox(const QPointF &mid)
 {
-    if (m_rectIsNull)
-        return;
     m_rect.setSize(QSizeF(mid.x() - m_rect.x(), mid.y() - m_rect.y()));
     if (m_gesture.mode == DoodleActionModeRectangle)
         q->doodleView()->rectInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
     else
         q->doodleView()->ellipseInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = true;
-    if (m_doodleDraw) {
-        m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
-        m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
-    }
+    m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
+    m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
 }
 
 void DoodleLayoutPrivate::moveArrow(const QPointF &mid)
@@ -206,34 +270,20 @@ void DoodleLayoutPrivate::moveArrow(const QPointF &mid)
     m_endPoint = mid;
     q->doodleView()->arrowInTempWithStartPoint(m_startPoint, mid, m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = true;
-    if (m_doodleDraw) {
-        const QPointF logic = q->logicFromNormal(mid);
-        m_doodleDraw->setEndX(float(logic.x()));
-        m_doodleDraw->setEndY(float(logic.y()));
-    }
+    const QPointF logic = q->logicFromNormal(mid);
+    m_doodleDraw->setEndX(float(logic.x()));
+    m_doodleDraw->setEndY(float(logic.y()));
 }
 
-void DoodleLayoutPrivate::finishStrokeOffBoard(const QPointF &previous)
+void DoodleLayoutPrivate::finishStrokeOffBoard()
 {
     // The finger left the board: a stroke is committed at once; shapes wait.
     if (!m_hasPath)
         return;
-    if (m_drawPathDidMoved) {
-        m_path.quadTo(previous, previous);
-        drawStrokePermanently();
-        commitAction();
-    }
-    m_doodleDraw.reset();
-    m_path = QPainterPath();
-    m_hasPath = false;
-}
-
-void DoodleLayoutPrivate::drawStrokePermanently()
-{
-    if (m_gesture.mode == DoodleActionModeBrush)
-        q->doodleView()->drawInCacheWithPath(m_path, m_gesture.width, m_gesture.color);
+    if (m_drawPathDidMoved)
+        commitGesture();
     else
-        q->doodleView()->eraseInCacheWithPath(m_path, m_gesture.width);
+        abandonGesture();
 }
 
 QPointF DoodleLayoutPrivate::gestureEndPoint(const DoodleTouch &touch) const
@@ -245,124 +295,101 @@ QPointF DoodleLayoutPrivate::gestureEndPoint(const DoodleTouch &touch) const
 
 void DoodleLayout::touchesEnded(const DoodleTouch &touch)
 {
-    if (d->m_isMinToolBar || !(d->m_drawPathDidMoved || d->m_gesture.mode == DoodleActionModeText))
+    if (d->m_isMinToolBar)
         return;
-    d->finishGesture(d->gestureEndPoint(touch), false);
+    if (d->m_gesture.mode == DoodleActionModeText)
+        d->openTextEntry(d->gestureEndPoint(touch));
+    else if (d->m_doodleDraw && d->m_drawPathDidMoved)
+        d->finishGesture(d->gestureEndPoint(touch), false);
+    else
+        d->abandonGesture(); // a tap: nothing drawn, nothing kept
 }
 
 void DoodleLayout::touchesCancelled(const DoodleTouch &touch)
 {
     // A cancelled gesture is committed, not discarded; shapes keep their raw size.
-    if (!d->m_drawPathDidMoved)
-        return;
-    d->finishGesture(d->gestureEndPoint(touch), true);
+    if (d->m_doodleDraw && d->m_drawPathDidMoved)
+        d->finishGesture(d->gestureEndPoint(touch), true);
+    else
+        d->abandonGesture();
 }
 
 void DoodleLayoutPrivate::finishGesture(const QPointF &end, bool cancelled)
 {
     switch (m_gesture.mode) {
-    case DoodleActionModeBrush:
-    case DoodleActionModeEraser:
-        endStroke(end);
-        break;
     case DoodleActionModeRectangle:
     case DoodleActionModeEllipse:
         endBox(end, !cancelled);
         break;
     case DoodleActionModeArrow:
-        if (!cancelled || m_endPoint.x() != 0)
-            endArrow(end);
-        break;
-    case DoodleActionModeText:
-        if (!cancelled)
-            openTextEntry(end);
+        if (cancelled && m_endPoint.x() == 0) {
+            abandonGesture();
+            return;
+        }
+        endArrow(end);
         break;
     default:
-        break;
+        break; // a stroke ends at its last point, as replayed
     }
-}
-
-void DoodleLayoutPrivate::endStroke(const QPointF &end)
-{
-    if (!m_hasPath)
-        return;
-    m_path.quadTo(end, end);
-    drawStrokePermanently();
-    commitAction();
-    m_path = QPainterPath();
-    m_hasPath = false;
+    commitGesture();
 }
 
 void DoodleLayoutPrivate::endBox(const QPointF &end, bool normalise)
 {
-    if (m_rectIsNull)
-        return;
     const QPointF origin = m_rect.topLeft();
     m_rect = normalise ? QRectF(std::min(origin.x(), end.x()), std::min(origin.y(), end.y()),
                                 std::abs(end.x() - origin.x()), std::abs(end.y() - origin.y()))
                        : QRectF(origin, QSizeF(end.x() - origin.x(), end.y() - origin.y()));
-    if (m_gesture.mode == DoodleActionModeRectangle)
-        q->doodleView()->rectInCatchWithPath(m_rect, m_gesture.width, m_gesture.color);
-    else
-        q->doodleView()->ellipseInCatchWithPath(m_rect, m_gesture.width, m_gesture.color);
-    if (m_doodleDraw) {
-        if (normalise) {
-            const QPointF logic = q->logicFromNormal(m_rect.topLeft());
-            m_doodleDraw->setX(float(logic.x()));
-            m_doodleDraw->setY(float(logic.y()));
-        }
-        m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
-        m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
+    if (normalise) {
+        const QPointF logic = q->logicFromNormal(m_rect.topLeft());
+        m_doodleDraw->setX(float(logic.x()));
+        m_doodleDraw->setY(float(logic.y()));
     }
-    commitAction();
-    m_drawPathDidMoved = false;
-    m_rectIsNull = true;
+    m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
+    m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
 }
 
 void DoodleLayoutPrivate::endArrow(const QPointF &end)
 {
-    m_endPoint = end;
-    q->doodleView()->arrowInCatchWithStartPoint(m_startPoint, end, m_gesture.width,
-                                                m_gesture.color);
-    if (m_doodleDraw) {
-        const QPointF logic = q->logicFromNormal(end);
-        m_doodleDraw->setEndX(float(logic.x()));
-        m_doodleDraw->setEndY(float(logic.y()));
-    }
-    commitAction();
-    m_drawPathDidMoved = false;
-    m_startPoint = QPointF();
-    m_endPoint = QPointF();
+    const QPointF logic = q->logicFromNormal(end);
+    m_doodleDraw->setEndX(float(logic.x()));
+    m_doodleDraw->setEndY(float(logic.y()));
 }
 
 void DoodleLayoutPrivate::openTextEntry(const QPointF &end)
 {
-    m_startPoint = end;
-    q->doodleView()->textInTempWithStartPoint(end, QString(), m_gesture.width, m_gesture.color);
-    m_drawPathDidMoved = false;
-    stampAction(DoodleActionTypeText);
+    // A field already open is replaced, and what was typed in it dropped.
+    closeTextField();
+    resetGesture();
+    m_textDraw = newAction(DoodleActionTypeText);
+    m_textDraw->setBrushWidth(0);
     const QPointF logic = q->logicFromNormal(end);
-    m_doodleDraw->setX(float(logic.x()));
-    m_doodleDraw->setY(float(logic.y()));
-    m_doodleDraw->setTextSize(float(q->logicFromNormalWidth(m_gesture.width)));
+    m_textDraw->setX(float(logic.x()));
+    m_textDraw->setY(float(logic.y()));
+    m_textDraw->setTextSize(float(q->logicFromNormalWidth(m_gesture.width)));
+    q->doodleView()->textInTempWithStartPoint(end, QString(), m_gesture.width, m_gesture.color,
+                                              kTextCanvas);
+}
+
+void DoodleLayoutPrivate::closeTextField()
+{
+    if (m_doodleView) {
+        if (ZQDoodleDrawView *canvas = m_doodleView->getTempCanvas(kTextCanvas))
+            canvas->cleanAllPath();
+    }
+    m_textDraw.reset();
 }
 
 void DoodleLayout::textEditDone(QLineEdit *textField)
 {
     if (!textField)
         return;
-    const DoodleActionPtr action = d->m_doodleDraw;
-    if (!action || action->actionType() != DoodleActionTypeText) {
-        if (ZQDoodleDrawView *canvas = doodleView()->getTempCanvas(0))
-            canvas->cleanAllPath(); // a field without a text gesture: just close it
-        return;
-    }
-    action->setText(textField->text());
-    // Drawn from the action, as every receiver draws it: the exact anchor, the
-    // text size and colour the field was opened with.
-    drawDoodle(action);
-    d->commitAction();
-    d->m_drawPathDidMoved = false;
-    d->m_startPoint = QPointF();
-    d->m_endPoint = QPointF();
+    const DoodleActionPtr action = d->m_textDraw;
+    if (action)
+        action->setText(textField->text());
+    d->closeTextField();
+    // Drawn from the action, as every receiver draws it: its exact anchor and
+    // the text size and colour the field was opened with.
+    if (action)
+        d->commitAction(action);
 }

@@ -42,26 +42,35 @@ public:
     void setToolButtonVisible(bool visible);
     void closePickers();
     // Replay.
+    ZQDoodleDrawView *cacheSurface();
+    QRect paint(const DoodleAction &action);
+    void paintBox(const DoodleAction &action, double lineWidth);
+    void drawEntry(qsizetype index);
     void drawStroke(const DoodleAction &action);
     QPainterPath smoothedPath(const DoodlePointList &points) const;
+    void redrawRegion(const QRectF &area);
+    void reapplyLiveErasure();
     // Gestures.
-    void commitAction();
     DoodleGestureTool toolForMode(qint64 mode) const;
     bool isOnBoard(const QPointF &point) const;
+    DoodleActionPtr newAction(qint64 type) const;
+    void resetGesture();
+    void abandonGesture();
+    void cleanPreview();
+    bool commitAction(const DoodleActionPtr &built);
+    void commitGesture();
     void beginStroke(const QPointF &point);
     void beginBox(const QPointF &point);
     void beginArrow(const QPointF &point);
-    void stampAction(qint64 type);
-    void finishStrokeOffBoard(const QPointF &previous);
-    void drawStrokePermanently();
+    void finishStrokeOffBoard();
     void moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point);
     void moveBox(const QPointF &mid);
     void moveArrow(const QPointF &mid);
     void finishGesture(const QPointF &end, bool cancelled);
-    void endStroke(const QPointF &end);
     void endBox(const QPointF &end, bool normalise);
     void endArrow(const QPointF &end);
     void openTextEntry(const QPointF &end);
+    void closeTextField();
     QPointF gestureEndPoint(const DoodleTouch &touch) const;
 
     DoodleLayout *q;
@@ -76,8 +85,10 @@ public:
     QPointF m_startPoint;
     QPointF m_endPoint;
     DoodlePathCache m_doodlePathCache; // lives as long as the board
-    DoodleActionPtr m_doodleDraw;
+    DoodleActionPtr m_doodleDraw;      // the stroke or shape under way
     DoodleGestureTool m_gesture;
+    QRectF m_liveErased;        // what a live eraser cleared on the cache canvas
+    DoodleActionPtr m_textDraw; // the text whose field is open
     bool m_drawPathDidMoved = false;
     QList<double> m_brushWidthArray;
     QList<double> m_eraserWidthArray;

@@ -3,31 +3,54 @@
 void DoodlePathCache::addAction(const DoodleActionPtr &action)
 {
     if (action)
-        m_doodleArray.append(action);
+        addAction(action, action->userId());
 }
 
-bool DoodlePathCache::removeLastPathWithUserId(const QString &userId)
+void DoodlePathCache::addAction(const DoodleActionPtr &action, const QString &owner)
 {
-    // A null identifier is "none" and matches nothing, not even entries without one.
-    if (userId.isNull())
-        return false;
-    for (qsizetype i = m_doodleArray.size() - 1; i >= 0; --i) {
-        const QString entryUser = m_doodleArray.at(i)->userId();
-        if (!entryUser.isNull() && entryUser == userId) {
-            m_doodleArray.removeAt(i);
-            return true;
-        }
+    if (action)
+        m_entries.append(DoodleCacheEntry{action, owner, QRectF()});
+}
+
+bool DoodlePathCache::removeLastPathWithUserId(const QString &owner)
+{
+    return takeLastOwnedBy(owner).action != nullptr;
+}
+
+DoodleCacheEntry DoodlePathCache::takeLastOwnedBy(const QString &owner)
+{
+    if (owner.isNull())
+        return {};
+    for (qsizetype i = m_entries.size() - 1; i >= 0; --i) {
+        const QString &entryOwner = m_entries.at(i).owner;
+        if (!entryOwner.isNull() && entryOwner == owner)
+            return m_entries.takeAt(i);
     }
-    return false;
+    return {};
+}
+
+QList<DoodleActionPtr> DoodlePathCache::getAllPath() const
+{
+    QList<DoodleActionPtr> actions;
+    actions.reserve(m_entries.size());
+    for (const DoodleCacheEntry &entry : m_entries)
+        actions.append(entry.action);
+    return actions;
+}
+
+void DoodlePathCache::setDrawnRect(qsizetype index, const QRectF &rect)
+{
+    if (index >= 0 && index < m_entries.size())
+        m_entries[index].drawnRect = rect;
 }
 
 bool DoodlePathCache::containsPathWithUserId(const QString &userId, quint64 pageNumber) const
 {
     if (userId.isNull())
         return false;
-    for (const DoodleActionPtr &action : m_doodleArray) {
-        const QString entryUser = action->userId();
-        if (!entryUser.isNull() && entryUser == userId && action->pageNumber() == pageNumber)
+    for (const DoodleCacheEntry &entry : m_entries) {
+        const QString entryUser = entry.action->userId();
+        if (!entryUser.isNull() && entryUser == userId && entry.action->pageNumber() == pageNumber)
             return true;
     }
     return false;
@@ -35,5 +58,5 @@ bool DoodlePathCache::containsPathWithUserId(const QString &userId, quint64 page
 
 void DoodlePathCache::cleanAllPath()
 {
-    m_doodleArray.clear();
+    m_entries.clear();
 }

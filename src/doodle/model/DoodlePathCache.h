@@ -4,7 +4,18 @@
 #include <doodle/model/DoodleAction.h>
 
 #include <QList>
+#include <QRectF>
 #include <QString>
+
+// One cached drawing: the action, the participant it belongs to (the sender
+// the host named, not a name written inside the action) and the rectangle of
+// the board it last changed, in view points (empty until drawn).
+struct DoodleCacheEntry
+{
+    DoodleActionPtr action;
+    QString owner;
+    QRectF drawnRect;
+};
 
 // Every drawn action on the board, oldest first, held by shared reference.
 // The board is rebuilt from it after an undo or a change of size.
@@ -13,16 +24,25 @@ class DOODLE_EXPORT DoodlePathCache
 public:
     DoodlePathCache() = default;
 
-    // Appends the action; nullptr is ignored.
+    // Appends the action, owned by its written author; nullptr is ignored.
     void addAction(const DoodleActionPtr &action);
-    // Removes the newest action of that user; true if one was removed.
-    bool removeLastPathWithUserId(const QString &userId);
-    // The cache's own list, in drawing order.
-    QList<DoodleActionPtr> &getAllPath() { return m_doodleArray; }
-    const QList<DoodleActionPtr> &getAllPath() const { return m_doodleArray; }
+    // Appends the action, owned by `owner`; nullptr is ignored.
+    void addAction(const DoodleActionPtr &action, const QString &owner);
+    // Removes the newest action that `owner` owns; true if one was removed.
+    // A null owner matches nothing, and an entry without an owner is never taken.
+    bool removeLastPathWithUserId(const QString &owner);
+    // Removes the newest action that `owner` owns and returns its entry (with
+    // a null action when there is none).
+    DoodleCacheEntry takeLastOwnedBy(const QString &owner);
+    // The actions in drawing order.
+    QList<DoodleActionPtr> getAllPath() const;
+    const QList<DoodleCacheEntry> &entries() const { return m_entries; }
+    qsizetype size() const { return m_entries.size(); }
+    void setDrawnRect(qsizetype index, const QRectF &rect);
+    // True when an action of that written author on that page is cached.
     bool containsPathWithUserId(const QString &userId, quint64 pageNumber) const;
     void cleanAllPath();
 
 private:
-    QList<DoodleActionPtr> m_doodleArray;
+    QList<DoodleCacheEntry> m_entries;
 };
