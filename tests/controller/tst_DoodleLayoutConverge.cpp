@@ -1,0 +1,290 @@
+// Three boards linked only through the text form, driven by random sessions of
+// every tool, undo, clear, resizes and hostile texts: at the end every board
+// holds the same cache and draws exactly what a fresh board draws from it.
+// DOODLE_SEEDS=N runs N seeds instead of the usual set.
+#include "BoardHarness.h"
+
+#include <QLineEdit>
+#include <QRandomGenerator>
+#include <QtTest>
+
+namespace {
+
+enum class Kind
+{
+    Gesture,
+    Text,
+    Undo,
+    Clear,
+    Resize,
+    Hostile
+};
+
+// One step of a session: who does what. Points are fractions of the board's
+// size, so a step means the same on boards of any size; some lie outside.
+struct Op
+{
+    Kind kind = Kind::Gesture;
+    int board = 0;
+    qint64 mode = 1;
+    QColor color;
+    double width = 2;
+    QList<QPointF> points;
+    QString text; // typed text; null leaves the field open. Hostile: the received text
+};
+
+const QList<QSize> kSizes = {{200, 140}, {200, 140}, {260, 180}};
+const QStringList kUsers = {"ann", "ben", "cat"};
+
+QString describe(const Op &op)
+{
+    static const char *names[] = {"gesture", "text", "undo", "clear", "resize", "hostile"};
+    QString points;
+    for (const QPointF &p : op.points)
+        points += QStringLiteral(" (%1,%2)").arg(p.x(), 0, 'g', 3).arg(p.y(), 0, 'g', 3);
+    return QStringLiteral("%1 board %2 mode %3 width %4 colour %5%6 text %7")
+        .arg(QLatin1String(names[int(op.kind)]))
+        .arg(op.board)
+        .arg(op.mode)
+        .arg(op.width)
+        .arg(op.color.name(QColor::HexArgb), points,
+             op.text.isNull() ? QStringLiteral("-") : op.text);
+}
+
+QString hostileText(QRandomGenerator &random)
+{
+    const QStringList texts = {
+        QStringLiteral("{\"bad\""),
+        QStringLiteral("[]"),
+        // A drawing that names another participant as its author.
+        DoodleTranslate::stringFromDoodleAction(
+            strokeAction("ann", {{-0.5, -0.5}, {0.5, 0.2}, {0.1, 0.6}}, Qt::magenta, 0.05f)),
+        DoodleTranslate::stringFromDoodleAction(
+            boxAction(DoodleActionTypeRectangle, "ben", {-0.9, -0.9, 1.5, 1.2})),
+        DoodleTranslate::stringFromDoodleAction(commandAction(DoodleActionTypeUndo, "ann")),
+        DoodleTranslate::stringFromDoodleAction(
+            strokeAction("mallory", {{0, 0}, {qQNaN(), 1}, {0.3, 0.3}}, Qt::green, 1e30f)),
+    };
+    return texts.at(random.bounded(int(texts.size())));
+}
+
+Op randomOp(QRandomGenerator &random)
+{
+    Op op;
+    op.board = random.bounded(3);
+    const int roll = random.bounded(100);
+    op.kind = roll < 60   ? Kind::Gesture
+              : roll < 72 ? Kind::Text
+              : roll < 86 ? Kind::Undo
+              : roll < 88 ? Kind::Clear
+              : roll < 94 ? Kind::Resize
+                          : Kind::Hostile;
+    op.mode = 1 + random.bounded(5);
+    op.color = QColor::fromRgb(random.generate());
+    op.color.setAlphaF(float(0.4 + 0.6 * random.generateDouble()));
+    op.width = 1 + 20 * random.generateDouble();
+    const int count = op.kind == Kind::Text ? 1 : random.bounded(6);
+    QPointF p(random.generateDouble(), random.generateDouble());
+    for (int i = 0; i < count; ++i) {
+        op.points << p;
+        // Mostly small steps; now and then a repeat or a jump off the board.
+        if (random.bounded(8) != 0)
+            p += QPointF(random.generateDouble() - 0.5, random.generateDouble() - 0.5) * 0.4;
+    }
+    if (op.kind == Kind::Text && random.bounded(4) != 0)
+        op.text = QStringLiteral("hi %1").arg(random.bounded(100));
+    if (op.kind == Kind::Hostile)
+        op.text = hostileText(random);
+    return op;
+}
+
+class Call
+{
+public:
+    Call()
+    {
+        for (int i = 0; i < 3; ++i) {
+            boards.emplace_back(std::make_unique<Participant>(kUsers.at(i), kSizes.at(i)));
+            boards.back()->board.showToolBar();
+        }
+        for (int i = 0; i < 3; ++i) {
+            boards.at(size_t(i))->host.onGenerated = [this, i](const DoodleActionPtr &action) {
+                sawNull |= !action;
+                send(kUsers.at(i), boards.at(size_t(i))->board.doodleActionToString(action), i);
+            };
+        }
+    }
+
+    // Every message reaches every other board at once.
+    void send(const QString &sender, const QString &text, int except)
+    {
+        for (int j = 0; j < 3; ++j) {
+            if (j == except)
+                continue;
+            DoodleLayout &peer = boards.at(size_t(j))->board;
+            peer.onDoodleActionReceived(sender, peer.stringToDoodleAction(text));
+        }
+    }
+
+    void run(const Op &op)
+    {
+        DoodleLayout &board = boards.at(size_t(op.board))->board;
+        const QSizeF size = board.getScaleSize();
+        const auto at = [&size](const QPointF &f) {
+            return QPointF(f.x() * size.width(), f.y() * size.height());
+        };
+        switch (op.kind) {
+        case Kind::Gesture:
+            board.setActionMode(op.mode);
+            board.setBrushColor(op.color);
+            board.setBrushWidth(op.width);
+            board.setEraserWidth(op.width * 2);
+            gesture(board, op.points, at);
+            break;
+        case Kind::Text:
+            typeText(board, at(op.points.first()), op);
+            break;
+        case Kind::Undo:
+            board.undo();
+            break;
+        case Kind::Clear:
+            board.cleanDoodle();
+            break;
+        case Kind::Resize: // a host layout that comes back to the board's size
+            board.resetDoodleViewFrame(QRect(0, 0, 120 + 20 * int(op.points.size()), 200));
+            board.resetDoodleViewFrame(QRect(QPoint(0, 0), kSizes.at(op.board)));
+            break;
+        case Kind::Hostile:
+            send(QStringLiteral("mallory"), op.text, -1);
+            break;
+        }
+    }
+
+    template <typename At>
+    static void gesture(DoodleLayout &board, const QList<QPointF> &points, At at)
+    {
+        if (points.isEmpty())
+            return;
+        board.touchesBegan({at(points.first()), at(points.first())});
+        for (int i = 1; i < points.size(); ++i)
+            board.touchesMoved({at(points.at(i)), at(points.at(i - 1))});
+        board.touchesEnded({at(points.last()), at(points.last())});
+    }
+
+    static void typeText(DoodleLayout &board, const QPointF &point, const Op &op)
+    {
+        board.setActionMode(DoodleActionModeText);
+        board.setTextSize(8 + op.width);
+        board.setBrushColor(op.color);
+        board.touchesBegan({point, point});
+        board.touchesEnded({point, point});
+        QLineEdit *field = board.doodleView()->tempTextField();
+        if (!field || op.text.isNull())
+            return; // left open, or replaced by the next one
+        QTest::keyClicks(field, op.text);
+        QTest::keyClick(field, Qt::Key_Return);
+    }
+
+    // Empty when the boards agree; otherwise what differs.
+    QString disagreement()
+    {
+        if (sawNull)
+            return QStringLiteral("a null action was handed to a host");
+        const QStringList first = cacheTexts(0);
+        for (int i = 0; i < 3; ++i) {
+            if (cacheTexts(i) != first)
+                return QStringLiteral("caches differ: board %1").arg(i);
+            if (const int d = fromFreshReplay(i))
+                return QStringLiteral("board %1 differs from its replay by %2").arg(i).arg(d);
+        }
+        const QSize pixels = kSizes.at(0) * DoodleScreen::scale();
+        if (const int d = maxChannelDifference(boards[0]->cache(), boards[1]->cache(), pixels))
+            return QStringLiteral("same-size boards differ by %1").arg(d);
+        return {};
+    }
+
+    QStringList cacheTexts(int i)
+    {
+        QStringList texts;
+        for (const DoodleCacheEntry &entry :
+             boards.at(size_t(i))->board.doodlePathCache()->entries())
+            texts << entry.owner + QLatin1Char(' ') +
+                         DoodleTranslate::stringFromDoodleAction(entry.action);
+        return texts;
+    }
+
+    int fromFreshReplay(int i)
+    {
+        Participant fresh(QStringLiteral("observer"), kSizes.at(i));
+        for (const DoodleCacheEntry &entry :
+             boards.at(size_t(i))->board.doodlePathCache()->entries())
+            fresh.board.onDoodleActionReceived(entry.owner, entry.action);
+        return maxChannelDifference(boards.at(size_t(i))->cache(), fresh.cache(),
+                                    kSizes.at(i) * DoodleScreen::scale());
+    }
+
+    std::vector<std::unique_ptr<Participant>> boards;
+    bool sawNull = false;
+};
+
+QString failure(const QList<Op> &ops)
+{
+    Call call;
+    for (const Op &op : ops)
+        call.run(op);
+    return call.disagreement();
+}
+
+// The shortest list found by dropping steps one at a time that still fails.
+QList<Op> shrunk(QList<Op> ops)
+{
+    for (bool progress = true; progress;) {
+        progress = false;
+        for (qsizetype i = ops.size() - 1; i >= 0; --i) {
+            QList<Op> fewer = ops;
+            fewer.removeAt(i);
+            if (!failure(fewer).isEmpty()) {
+                ops = fewer;
+                progress = true;
+            }
+        }
+    }
+    return ops;
+}
+
+} // namespace
+
+class TestDoodleLayoutConverge : public QObject
+{
+    Q_OBJECT
+private slots:
+    void randomSessionsConverge_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        QTest::addColumn<double>("scale");
+        const int seeds = qEnvironmentVariableIsSet("DOODLE_SEEDS")
+                              ? qEnvironmentVariableIntValue("DOODLE_SEEDS")
+                              : 24;
+        for (int seed = 1; seed <= seeds; ++seed)
+            QTest::addRow("seed %d", seed) << quint32(seed) << (seed % 4 == 0 ? 2.0 : 1.0);
+    }
+    void randomSessionsConverge()
+    {
+        QFETCH(quint32, seed);
+        QFETCH(double, scale);
+        DoodleScreen::setScaleOverride(scale);
+        QRandomGenerator random(seed);
+        QList<Op> ops;
+        for (int i = 0; i < 60; ++i)
+            ops << randomOp(random);
+        const QString problem = failure(ops);
+        if (!problem.isEmpty()) {
+            for (const Op &op : shrunk(ops))
+                qWarning().noquote() << describe(op);
+        }
+        QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    }
+};
+
+QTEST_MAIN(TestDoodleLayoutConverge)
+#include "tst_DoodleLayoutConverge.moc"
