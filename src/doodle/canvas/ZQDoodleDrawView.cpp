@@ -137,32 +137,61 @@ void ZQDoodleDrawView::clearPicture(bool release)
 template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, Draw draw)
 {
     m_lastPainted = QRect();
-    QRect changed = (dirty & QRectF(rect())).toAlignedRect();
-    if (!m_clip.isEmpty())
-        changed &= m_clip;
-    if (changed.isEmpty() || !preparePicture())
+    const QRect changed = (dirty & QRectF(rect())).toAlignedRect();
+    const bool redirected = !m_region.isNull();
+    if (changed.isEmpty() || (redirected && !changed.intersects(m_region)) || !preparePicture())
         return;
     {
-        QPainter painter(&m_cacheImage);
+        QPainter painter(redirected ? &m_scratch : &m_cacheImage);
         painter.setRenderHint(QPainter::Antialiasing);
-        if (!m_clip.isEmpty())
-            painter.setClipRect(m_clip);
         draw(painter);
     }
     m_lastPainted = changed;
+    if (redirected)
+        return;
     m_paintedRect |= changed;
     update(changed);
 }
 
-void ZQDoodleDrawView::clearRect(const QRect &area)
+// The picture's pixels that the rectangle in view points touches.
+QRect ZQDoodleDrawView::devicePixels(const QRect &area) const
 {
-    const QRect cleared = area & m_paintedRect;
-    if (cleared.isEmpty() || m_cacheImage.deviceIndependentSize() != QSizeF(size()))
+    const double ratio = m_cacheImage.devicePixelRatio();
+    const QRectF scaled(QPointF(area.topLeft()) * ratio, QSizeF(area.size()) * ratio);
+    return scaled.toAlignedRect() & m_cacheImage.rect();
+}
+
+void ZQDoodleDrawView::beginRegionRedraw(const QRect &region)
+{
+    m_region = region & rect();
+    if (m_region.isEmpty() || !preparePicture()) {
+        m_region = QRect();
         return;
-    QPainter painter(&m_cacheImage);
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.fillRect(cleared, Qt::transparent);
-    update(cleared);
+    }
+    if (m_scratch.size() != m_cacheImage.size() ||
+        m_scratch.devicePixelRatio() != m_cacheImage.devicePixelRatio()) {
+        m_scratch = QImage(m_cacheImage.size(), m_cacheImage.format());
+        m_scratch.setDevicePixelRatio(m_cacheImage.devicePixelRatio());
+    }
+    const QRect pixels = devicePixels(m_region);
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y)
+        std::fill_n(reinterpret_cast<QRgb *>(m_scratch.scanLine(y)) + pixels.left(), pixels.width(),
+                    QRgb(0));
+}
+
+void ZQDoodleDrawView::endRegionRedraw()
+{
+    if (m_region.isNull())
+        return;
+    // Copied pixel for pixel: no painter, so no resampling at any scale.
+    const QRect pixels = devicePixels(m_region);
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y)
+        std::copy_n(reinterpret_cast<const QRgb *>(m_scratch.constScanLine(y)) + pixels.left(),
+                    pixels.width(),
+                    reinterpret_cast<QRgb *>(m_cacheImage.scanLine(y)) + pixels.left());
+    m_paintedRect |= m_region;
+    update(m_region);
+    m_region = QRect();
 }
 
 void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const QColor &color,

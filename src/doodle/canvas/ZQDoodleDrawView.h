@@ -46,11 +46,13 @@ public:
     // drawn right after, as a preview redrawn on every move is.
     void cleanForRedraw();
 
-    // Region redraw: while a clip is set, primitives change only the pixels
-    // inside it and skip shapes that miss it. An empty rectangle removes it.
-    void setClipRect(const QRect &clip) { m_clip = clip; }
-    // Makes the pixels inside the rectangle transparent.
-    void clearRect(const QRect &area);
+    // Region redraw: between begin and end, primitives draw into a scratch
+    // picture whose region starts transparent, and shapes that miss the region
+    // are skipped; the end copies the region into the surface. Shapes are drawn
+    // whole rather than clipped, so the region's pixels are exactly those a
+    // redraw of the whole surface gives.
+    void beginRegionRedraw(const QRect &region);
+    void endRegionRedraw();
     // The rectangle (in view points) the last primitive could have changed;
     // empty when it drew nothing.
     QRect lastPaintedRect() const { return m_lastPainted; }
@@ -64,11 +66,13 @@ private:
     void clearPicture(bool release);
     void removeChildWidgets();
     template <typename Draw> void paintShape(const QRectF &dirty, Draw draw);
+    QRect devicePixels(const QRect &area) const;
     void strokePath(const QPainterPath &path, double width, const QColor &color, bool erase);
 
     QImage m_cacheImage;
     // Union of the rectangles painted since the picture was last empty.
     QRect m_paintedRect;
     QRect m_lastPainted;
-    QRect m_clip;
+    QRect m_region;   // the region being redrawn, if any
+    QImage m_scratch; // kept between region redraws
 };

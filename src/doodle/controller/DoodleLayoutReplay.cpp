@@ -167,16 +167,15 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area)
         q->drawCachePath();
         return;
     }
-    // Only the pixels inside the region change: clear them and replay, in
-    // cache order and clipped to it, every drawing that reached into it.
-    canvas->clearRect(region);
-    canvas->setClipRect(region);
+    // Only the pixels inside the region change: they are replayed from
+    // transparent, in cache order, by every drawing that reached into them.
+    canvas->beginRegionRedraw(region);
     for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
         if (entry.drawnRect.intersects(region))
             paint(*entry.action);
     }
     reapplyLiveErasure();
-    canvas->setClipRect(QRect());
+    canvas->endRegionRedraw();
 }
 
 void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
