@@ -195,7 +195,7 @@ void ZQDoodleDrawView::endRegionRedraw()
 }
 
 void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const QColor &color,
-                                  bool erase)
+                                  bool erase, bool dot)
 {
     const char *name = erase ? "eraseInCacheWithPath" : "drawInCacheWithPath";
     const auto usable =
@@ -207,20 +207,32 @@ void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const 
     // costs far less than stroking a path that wide.
     const bool covers =
         !path.isEmpty() && *usable >= DoodleDrawInput::coveringWidth(firstPoint(path), size());
-    paintShape(grown(path.controlPointRect(), *usable / 2), [&](QPainter &painter) {
+    const QRectF extent = dot ? QRectF(firstPoint(path), QSizeF(0, 0)) : path.controlPointRect();
+    paintShape(grown(extent, *usable / 2), [&](QPainter &painter) {
         if (erase)
             painter.setCompositionMode(QPainter::CompositionMode_Clear);
-        if (covers)
+        if (covers) {
             painter.fillRect(rect(), pen.color());
-        else
+        } else if (dot) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(pen.color());
+            painter.drawEllipse(extent.topLeft(), *usable / 2, *usable / 2);
+        } else {
             painter.strokePath(path, pen);
+        }
     });
 }
 
 void ZQDoodleDrawView::drawInCacheWithPath(const QPainterPath &path, double width,
                                            const QColor &color)
 {
-    strokePath(path, width, color, false);
+    strokePath(path, width, color, false, false);
+}
+
+void ZQDoodleDrawView::dotInCacheWithPoint(const QPointF &point, double width, const QColor &color,
+                                           bool erase)
+{
+    strokePath(QPainterPath(point), width, color, erase, true);
 }
 
 void ZQDoodleDrawView::drawInTempWithPath(const QPainterPath &path, double width,
@@ -233,7 +245,7 @@ void ZQDoodleDrawView::drawInTempWithPath(const QPainterPath &path, double width
 
 void ZQDoodleDrawView::eraseInCacheWithPath(const QPainterPath &path, double width)
 {
-    strokePath(path, width, Qt::black, true);
+    strokePath(path, width, Qt::black, true, false);
 }
 
 void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &rect, double width,
@@ -243,7 +255,9 @@ void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &rect, double width
                                      DoodleDrawInput::isFinite(rect));
     if (!usable)
         return;
-    QPen pen(orBlack(color), *usable, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    // Past the limit a corner is bevelled, not cut at the limit: a rectangle
+    // of zero height is a line exactly as long as its drag.
+    QPen pen(orBlack(color), *usable, Qt::SolidLine, Qt::FlatCap, Qt::SvgMiterJoin);
     pen.setMiterLimit(kMiterLimit);
     // A right-angled miter reaches width / sqrt(2) beyond the corner.
     paintShape(grown(rect, *usable), [&](QPainter &painter) {
@@ -381,10 +395,22 @@ void ZQDoodleDrawView::paintEvent(QPaintEvent *event)
     QPainter painter(this);
     const QRect dirty = event->rect();
     if (m_cacheImage.deviceIndependentSize() == QSizeF(size())) {
-        // Copy only the changed rectangle (pixel for pixel at the screen's scale).
         const double ratio = m_cacheImage.devicePixelRatio();
         const QRectF source(QPointF(dirty.topLeft()) * ratio, QSizeF(dirty.size()) * ratio);
-        painter.drawImage(QRectF(dirty), m_cacheImage, source);
+        const double deviceRatio = painter.device()->devicePixelRatioF();
+
+        if (deviceRatio == ratio) {
+            // Copy only the changed rectangle, pixel for pixel.
+            painter.drawImage(QRectF(dirty), m_cacheImage, source);
+            return;
+        }
+        // On a device of another scale (a second screen, a snapshot at scale 1)
+        // every device pixel averages the picture's pixels it covers.
+        QImage part = m_cacheImage.copy(source.toAlignedRect())
+                          .scaled((QSizeF(dirty.size()) * deviceRatio).toSize(),
+                                  Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        part.setDevicePixelRatio(deviceRatio);
+        painter.drawImage(dirty.topLeft(), part);
         return;
     }
     // A picture composed at an older size is shown stretched to the bounds.

@@ -26,6 +26,10 @@ public:
     void drawInCacheWithPath(const QPainterPath &path, double width, const QColor &color);
     // Empties the surface, then strokes the path: it shows this path alone.
     void drawInTempWithPath(const QPainterPath &path, double width, const QColor &color);
+    // A round dot of the width's diameter: a stroke of zero length with round
+    // caps. `erase` clears it instead.
+    void dotInCacheWithPoint(const QPointF &point, double width, const QColor &color,
+                             bool erase = false);
     // Clears to transparent every pixel under the path stroked at that width.
     void eraseInCacheWithPath(const QPainterPath &path, double width);
     // Strokes the rectangle's outline with mitred corners.
@@ -67,7 +71,8 @@ private:
     void removeChildWidgets();
     template <typename Draw> void paintShape(const QRectF &dirty, Draw draw);
     QRect devicePixels(const QRect &area) const;
-    void strokePath(const QPainterPath &path, double width, const QColor &color, bool erase);
+    void strokePath(const QPainterPath &path, double width, const QColor &color, bool erase,
+                    bool dot);
 
     QImage m_cacheImage;
     // Union of the rectangles painted since the picture was last empty.

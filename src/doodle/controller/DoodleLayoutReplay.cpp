@@ -109,22 +109,27 @@ void DoodleLayoutPrivate::drawEntry(qsizetype index)
 
 void DoodleLayoutPrivate::drawStroke(const DoodleAction &action)
 {
-    const QPainterPath path = smoothedPath(action.pathPoints());
+    bool dot = false;
+    const QPainterPath path = smoothedPath(action.pathPoints(), &dot);
     const double width = q->normalFromLogicWidth(double(action.brushWidth()));
-    if (action.actionType() == DoodleActionTypeStroke)
+    const bool erase = action.actionType() != DoodleActionTypeStroke;
+    if (dot)
+        cacheSurface()->dotInCacheWithPoint(path.currentPosition(), width, action.brushColor(),
+                                            erase);
+    else if (!erase)
         cacheSurface()->drawInCacheWithPath(path, width, action.brushColor());
     else
         cacheSurface()->eraseInCacheWithPath(path, width);
 }
 
-QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points) const
+QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points, bool *isDot) const
 {
     // Each point is the control point of a curve that ends halfway to the next
     // one; the last curve reaches the last point. Points that are malformed or
     // not finite are skipped.
     QPainterPath path;
     QPointF previous;
-    bool started = false;
+    qsizetype count = 0;
     for (const DoodlePoint &point : points) {
         if (point.size() < 3)
             continue;
@@ -132,9 +137,8 @@ QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points) co
             q->normalFromLogicPositionX(point.at(1).toFloat(), point.at(2).toFloat());
         if (!std::isfinite(current.x()) || !std::isfinite(current.y()))
             continue;
-        if (!started) {
+        if (count++ == 0) {
             path.moveTo(current);
-            started = true;
         } else {
             path.quadTo(previous, (previous + current) / 2);
         }
@@ -142,6 +146,8 @@ QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points) co
     }
     if (path.elementCount() > 1)
         path.quadTo(previous, previous);
+    if (isDot)
+        *isDot = count > 1 && path.elementCount() == 1; // several points in one place
     return path;
 }
 

@@ -47,7 +47,8 @@ public:
     void paintBox(const DoodleAction &action, double lineWidth);
     void drawEntry(qsizetype index);
     void drawStroke(const DoodleAction &action);
-    QPainterPath smoothedPath(const DoodlePointList &points) const;
+    // The stroke through the points; `isDot` tells when several points share one place.
+    QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
     void redrawRegion(const QRectF &area);
     void reapplyLiveErasure();
     // Gestures.

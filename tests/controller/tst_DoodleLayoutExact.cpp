@@ -1,0 +1,139 @@
+// Boards draw exactly what was sent: degenerate shapes, resampled pictures,
+// local gestures against their replay, and ownership that comes from the channel.
+#include "BoardHarness.h"
+
+#include <QLineEdit>
+#include <QPainter>
+#include <QtTest>
+
+namespace {
+
+const QSize kBoard(200, 100);
+
+int alphaAt(const QImage &image, int x, int y)
+{
+    return image.isNull() ? 0 : qAlpha(image.pixel(x, y));
+}
+
+// A local board unfolded and linked to a replaying peer of the same size.
+struct Pair
+{
+    Pair() : me(QStringLiteral("me"), kBoard), peer(QStringLiteral("peer"), kBoard)
+    {
+        me.board.showToolBar();
+        me.linkTo(peer);
+    }
+    int difference() { return maxChannelDifference(me.cache(), peer.cache(), kBoard); }
+    Participant me;
+    Participant peer;
+};
+
+} // namespace
+
+class TestDoodleLayoutExact : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { DoodleScreen::setScaleOverride(1); }
+
+    void degenerateShapes_data()
+    {
+        QTest::addColumn<QString>("shape");
+        QTest::addColumn<QPoint>("inked");
+        QTest::addColumn<QPoint>("blank");
+        // A flat rectangle is a line as long as its drag, not stretched by its miters.
+        QTest::newRow("flat rectangle") << "rect" << QPoint(40, 20) << QPoint(66, 20);
+        // A segment of zero length makes a round dot of the stroke's width.
+        QTest::newRow("dot") << "dot" << QPoint(53, 30) << QPoint(57, 30);
+        QTest::newRow("one point draws nothing") << "point" << QPoint(-1, -1) << QPoint(50, 30);
+    }
+    void degenerateShapes()
+    {
+        QFETCH(QString, shape);
+        QFETCH(QPoint, inked);
+        QFETCH(QPoint, blank);
+        ZQDoodleDrawView surface;
+        surface.resize(100, 60);
+        if (shape == QLatin1String("rect")) {
+            surface.rectangleInCacheWithRect(QRectF(20, 20, 40, 0), 6, Qt::black);
+        } else {
+            if (shape == QLatin1String("dot"))
+                surface.dotInCacheWithPoint(QPointF(50, 30), 10, Qt::black);
+            else
+                surface.drawInCacheWithPath(QPainterPath(QPointF(50, 30)), 10, Qt::black);
+        }
+        if (inked.x() >= 0)
+            QCOMPARE(alphaAt(surface.cacheImage(), inked.x(), inked.y()), 255);
+        QCOMPARE(alphaAt(surface.cacheImage(), blank.x(), blank.y()), 0);
+    }
+
+    void aPictureOfAnotherScaleIsResampledSmoothly()
+    {
+        // One device pixel of three is inked: at scale 1 it shows as a third.
+        QImage picture(30, 30, QImage::Format_ARGB32_Premultiplied);
+        picture.fill(Qt::transparent);
+        for (int y = 0; y < 30; ++y)
+            picture.setPixel(16, y, qRgba(0, 0, 0, 255));
+        picture.setDevicePixelRatio(3);
+        ZQDoodleDrawView surface;
+        surface.resize(10, 10);
+        surface.setCacheImage(picture);
+        QImage shown(10, 10, QImage::Format_ARGB32_Premultiplied);
+        shown.fill(Qt::transparent);
+        surface.render(&shown, QPoint(), QRegion(), QWidget::RenderFlags());
+        const int alpha = qAlpha(shown.pixel(5, 5));
+        QVERIFY2(alpha > 30 && alpha < 200, qPrintable(QString::number(alpha)));
+    }
+
+    void localGesturesEqualTheirReplay_data()
+    {
+        QTest::addColumn<QString>("gesture");
+        QTest::newRow("tap, then a rectangle leaving the board") << "tap-rect";
+        QTest::newRow("text at a fractional point") << "text";
+    }
+    void localGesturesEqualTheirReplay()
+    {
+        QFETCH(QString, gesture);
+        Pair p;
+        DoodleLayout &board = p.me.board;
+        board.setBrushColor(QColor(20, 120, 200, 180));
+        if (gesture == QLatin1String("tap-rect")) {
+            board.touchesBegan({{50, 50}, {50, 50}});
+            board.touchesEnded({{50, 50}, {50, 50}});
+            board.setActionMode(DoodleActionModeRectangle);
+            board.touchesBegan({{60, 40}, {60, 40}});
+            board.touchesMoved({{120, 70}, {60, 40}});
+            board.touchesMoved({{260, 90}, {120, 70}});
+            board.touchesEnded({{140, 80}, {260, 90}});
+        } else {
+            board.setActionMode(DoodleActionModeText);
+            board.setTextSize(13.7);
+            board.touchesBegan({{33.4, 21.7}, {33.4, 21.7}});
+            board.touchesEnded({{33.4, 21.7}, {33.4, 21.7}});
+            QLineEdit *field = board.doodleView()->tempTextField();
+            QVERIFY(field);
+            QTest::keyClicks(field, QStringLiteral("Exact"));
+            QTest::keyClick(field, Qt::Key_Return);
+        }
+        QCOMPARE(p.me.host.generated.size(), 1);
+        QVERIFY(p.me.host.generated.first());
+        QVERIFY(alphaAt(p.me.cache(), 100, 40) + alphaAt(p.me.cache(), 40, 25) > 0);
+        QCOMPARE(p.difference(), 0);
+    }
+
+    void anUndoTakesOnlyTheSendersOwnDrawing()
+    {
+        Participant board(QStringLiteral("me"), kBoard);
+        // Bob's drawing claims to be Ann's.
+        board.receive(QStringLiteral("bob"), strokeAction("ann", {{-0.5, 0}, {0.5, 0}}));
+        board.receive(QStringLiteral("ann"), commandAction(DoodleActionTypeUndo, "ann"));
+        QCOMPARE(board.board.getAllPath().size(), 1);
+        QCOMPARE(alphaAt(board.cache(), 100, 50), 255);
+        board.receive(QStringLiteral("bob"), commandAction(DoodleActionTypeUndo, "ann"));
+        QVERIFY(board.board.getAllPath().isEmpty());
+        QCOMPARE(alphaAt(board.cache(), 100, 50), 0);
+    }
+};
+
+QTEST_MAIN(TestDoodleLayoutExact)
+#include "tst_DoodleLayoutExact.moc"
