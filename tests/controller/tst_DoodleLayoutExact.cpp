@@ -1,6 +1,7 @@
 // Boards draw exactly what was sent: degenerate shapes, resampled pictures,
 // local gestures against their replay, and ownership that comes from the channel.
 #include "BoardHarness.h"
+#include "LogCapture.h"
 
 #include <QLineEdit>
 #include <QPainter>
@@ -121,6 +122,44 @@ private slots:
         QCOMPARE(p.difference(), 0);
     }
 
+    void limitsDropWithOneWarning_data()
+    {
+        QTest::addColumn<QString>("limit");
+        QTest::addColumn<qsizetype>("kept");
+        QTest::addColumn<QString>("warning");
+        // Three strokes of three points from bob, as text: one warning per dropped action.
+        QTest::newRow("drawings per sender")
+            << "actions" << qsizetype(2)
+            << "dropped an action from bob: cached drawings 3 over the limit 2";
+        QTest::newRow("points per sender")
+            << "points" << qsizetype(1)
+            << "dropped an action from bob: cached points 6 over the limit 5";
+        QTest::newRow("text bytes")
+            << "bytes" << qsizetype(0)
+            << "dropped an action from bob: text bytes 337 over the limit 300";
+    }
+    void limitsDropWithOneWarning()
+    {
+        QFETCH(QString, limit);
+        QFETCH(qsizetype, kept);
+        QFETCH(QString, warning);
+        Participant board(QStringLiteral("me"), kBoard);
+        DoodleReceiveLimits limits;
+        limits.actionsPerAuthor = limit == QLatin1String("actions") ? 2 : 100;
+        limits.pointsPerAuthor = limit == QLatin1String("points") ? 5 : 100;
+        limits.textBytes = limit == QLatin1String("bytes") ? 300 : 1000;
+        board.board.setReceiveLimits(limits);
+        LogCapture log;
+        const QString text = DoodleTranslate::stringFromDoodleAction(
+            strokeAction("bob", {{-0.5, 0}, {0.5, 0}, {0.5, 0.5}}));
+        for (int i = 0; i < 3; ++i)
+            board.board.onDoodleTextReceived(QStringLiteral("bob"), text);
+        QCOMPARE(board.board.getAllPath().size(), kept);
+        QCOMPARE(log.lines().filter(QStringLiteral("dropped")),
+                 QStringList(3 - int(kept), warning));
+        QCOMPARE(board.board.doodlePathCache()->pointsOwnedBy(QStringLiteral("bob")), 3 * kept);
+    }
+
     void anUndoTakesOnlyTheSendersOwnDrawing()
     {
         Participant board(QStringLiteral("me"), kBoard);
@@ -131,6 +170,7 @@ private slots:
         QCOMPARE(alphaAt(board.cache(), 100, 50), 255);
         board.receive(QStringLiteral("bob"), commandAction(DoodleActionTypeUndo, "ann"));
         QVERIFY(board.board.getAllPath().isEmpty());
+        QCOMPARE(board.board.doodlePathCache()->actionsOwnedBy(QStringLiteral("bob")), 0);
         QCOMPARE(alphaAt(board.cache(), 100, 50), 0);
     }
 };

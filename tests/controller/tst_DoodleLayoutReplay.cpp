@@ -216,17 +216,23 @@ private slots:
         QTest::newRow("degenerate arrow")
             << boxAction(DoodleActionTypeArrow, "x", {0.2, 0.2, 0, 0}) << 1;
         auto text = boxAction(DoodleActionTypeText, "x", {0, 0, 0, 0});
-        text->setText(QString(1 << 20, QChar('W')));
+        text->setText(QString(9000, QChar('W')));
         text->setTextSize(1e9f);
         QTest::newRow("huge text") << text << 1;
+        auto longer = std::make_shared<DoodleAction>(*text);
+        longer->setText(QString(10001, QChar('W')));
+        QTest::newRow("text over the length limit") << longer << 0;
         auto anonymous = strokeAction("", {{0, 0}, {0.3, 0.3}});
         anonymous->setUserId(QString());
         QTest::newRow("no author") << anonymous << 1;
         QTest::newRow("unknown code") << commandAction(4242, "x") << 0;
         QList<QPointF> many;
-        for (int i = 0; i < 200000; ++i)
+        for (int i = 0; i < 100001; ++i)
             many.append(QPointF(std::sin(i * 0.01) * 0.9, std::cos(i * 0.013) * 0.9));
-        QTest::newRow("200 000 points") << strokeAction("x", many, Qt::green, 0.01f) << 1;
+        QTest::newRow("100 001 points: over the limit")
+            << strokeAction("x", many, Qt::green, 0.01f) << 0;
+        many.removeLast();
+        QTest::newRow("100 000 points") << strokeAction("x", many, Qt::green, 0.01f) << 1;
     }
     void hostileActionsKeepBoardAndCacheConsistent()
     {

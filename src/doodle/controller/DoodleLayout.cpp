@@ -335,7 +335,24 @@ void DoodleLayout::canEdit(bool editable)
 
 void DoodleLayout::onDoodleActionReceived(const QString &userId, const DoodleActionPtr &action)
 {
-    doodleAction(action, userId);
+    if (action && d->withinLimits(userId, *action))
+        doodleAction(action, userId);
+}
+
+void DoodleLayout::onDoodleTextReceived(const QString &userId, const QString &text)
+{
+    if (d->textWithinLimit(userId, text))
+        onDoodleActionReceived(userId, DoodleTranslate::doodleActionFromString(text));
+}
+
+DoodleReceiveLimits DoodleLayout::receiveLimits() const
+{
+    return d->m_limits;
+}
+
+void DoodleLayout::setReceiveLimits(const DoodleReceiveLimits &limits)
+{
+    d->m_limits = limits;
 }
 
 QList<DoodleActionPtr> DoodleLayout::getAllPath() const
@@ -345,6 +362,8 @@ QList<DoodleActionPtr> DoodleLayout::getAllPath() const
 
 DoodleActionPtr DoodleLayout::stringToDoodleAction(const QString &text) const
 {
+    if (!d->textWithinLimit(QString(), text))
+        return nullptr;
     return DoodleTranslate::doodleActionFromString(text);
 }
 

@@ -40,6 +40,19 @@ struct DoodleTouch
     QPointF previousLocation;
 };
 
+// What a board accepts from the other participants. An action over a limit is
+// dropped with one warning naming its sender and the limit; nothing else
+// changes. The defaults are far above what a person draws, and low enough
+// that a hostile peer cannot exhaust memory or freeze the board.
+struct DoodleReceiveLimits
+{
+    qsizetype textBytes = 4 * 1024 * 1024; // UTF-8 bytes of one action text
+    qsizetype strokePoints = 100000;       // points of one stroke
+    qsizetype textLength = 10000;          // characters of one text annotation
+    qsizetype actionsPerAuthor = 100000;   // drawings one sender keeps cached
+    qsizetype pointsPerAuthor = 5000000;   // stroke points one sender keeps cached
+};
+
 // The controller of one doodle board and the host's only point of contact.
 // It owns the board's view (created on first use), the drawn-action cache and
 // the tool settings, turns local gestures into actions for the host and
@@ -102,6 +115,11 @@ public:
     // Host operations.
     void canEdit(bool editable);
     void onDoodleActionReceived(const QString &userId, const DoodleActionPtr &action);
+    // Decodes a text from `userId` and receives it: the one call for a host
+    // whose channel carries the text form.
+    void onDoodleTextReceived(const QString &userId, const QString &text);
+    DoodleReceiveLimits receiveLimits() const;
+    void setReceiveLimits(const DoodleReceiveLimits &limits);
     void undo();
     void cleanDoodle();
     QList<DoodleActionPtr> getAllPath() const;

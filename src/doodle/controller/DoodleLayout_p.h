@@ -73,6 +73,9 @@ public:
     void openTextEntry(const QPointF &end);
     void closeTextField();
     QPointF gestureEndPoint(const DoodleTouch &touch) const;
+    // Limits on what others send.
+    bool withinLimits(const QString &sender, const DoodleAction &action) const;
+    bool textWithinLimit(const QString &sender, const QString &text) const;
 
     DoodleLayout *q;
     QString m_userId;
@@ -113,6 +116,7 @@ public:
     QString m_waterString;
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
+    DoodleReceiveLimits m_limits;
     bool m_observing = false;
     // The tool bar and its floating button, once the tool bar exists.
     QPointer<QWidget> m_doodletoolbar;

@@ -8,8 +8,10 @@ void DoodlePathCache::addAction(const DoodleActionPtr &action)
 
 void DoodlePathCache::addAction(const DoodleActionPtr &action, const QString &owner)
 {
-    if (action)
-        m_entries.append(DoodleCacheEntry{action, owner, QRectF()});
+    if (!action)
+        return;
+    m_entries.append(DoodleCacheEntry{action, owner, QRectF()});
+    count(m_entries.last(), 1);
 }
 
 bool DoodlePathCache::removeLastPathWithUserId(const QString &owner)
@@ -23,8 +25,10 @@ DoodleCacheEntry DoodlePathCache::takeLastOwnedBy(const QString &owner)
         return {};
     for (qsizetype i = m_entries.size() - 1; i >= 0; --i) {
         const QString &entryOwner = m_entries.at(i).owner;
-        if (!entryOwner.isNull() && entryOwner == owner)
+        if (!entryOwner.isNull() && entryOwner == owner) {
+            count(m_entries.at(i), -1);
             return m_entries.takeAt(i);
+        }
     }
     return {};
 }
@@ -59,4 +63,24 @@ bool DoodlePathCache::containsPathWithUserId(const QString &userId, quint64 page
 void DoodlePathCache::cleanAllPath()
 {
     m_entries.clear();
+    m_tallies.clear();
+}
+
+void DoodlePathCache::count(const DoodleCacheEntry &entry, qsizetype sign)
+{
+    Tally &tally = m_tallies[entry.owner];
+    tally.actions += sign;
+    tally.points += sign * entry.action->pathPoints().size();
+    if (tally.actions == 0)
+        m_tallies.remove(entry.owner);
+}
+
+qsizetype DoodlePathCache::actionsOwnedBy(const QString &owner) const
+{
+    return m_tallies.value(owner).actions;
+}
+
+qsizetype DoodlePathCache::pointsOwnedBy(const QString &owner) const
+{
+    return m_tallies.value(owner).points;
 }

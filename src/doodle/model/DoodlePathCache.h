@@ -3,6 +3,7 @@
 #include <doodle/DoodleExport.h>
 #include <doodle/model/DoodleAction.h>
 
+#include <QHash>
 #include <QList>
 #include <QRectF>
 #include <QString>
@@ -39,10 +40,21 @@ public:
     const QList<DoodleCacheEntry> &entries() const { return m_entries; }
     qsizetype size() const { return m_entries.size(); }
     void setDrawnRect(qsizetype index, const QRectF &rect);
+    // How many drawings, and how many stroke points in them, `owner` has cached.
+    qsizetype actionsOwnedBy(const QString &owner) const;
+    qsizetype pointsOwnedBy(const QString &owner) const;
     // True when an action of that written author on that page is cached.
     bool containsPathWithUserId(const QString &userId, quint64 pageNumber) const;
     void cleanAllPath();
 
 private:
+    void count(const DoodleCacheEntry &entry, qsizetype sign);
+
+    struct Tally
+    {
+        qsizetype actions = 0;
+        qsizetype points = 0;
+    };
     QList<DoodleCacheEntry> m_entries;
+    QHash<QString, Tally> m_tallies;
 };
