@@ -1,9 +1,12 @@
 // Board controller at phone size (390 x 844 points, scale 3): drawing one
-// received stroke, rebuilding the board from the cache, and the cost of one
-// finger move while a stroke grows.
+// received stroke, rebuilding the board from the cache, undo on a full board,
+// each against bare QPainter drawing the same strokes; the cost of one finger
+// move while a stroke grows; and hostile input against the receiver limits.
 #include <doodle/Doodle.h>
 
 #include <QApplication>
+#include <QPainter>
+#include <QPainterPath>
 
 #include <benchmark/benchmark.h>
 
@@ -37,6 +40,63 @@ struct PhoneBoard
     }
     DoodleLayout board;
 };
+
+// The same 50-point stroke as the board draws it, in view points.
+QPainterPath wavyPath(int index)
+{
+    QPainterPath path;
+    const double y0 = std::fmod(index * 0.173, 1.8) - 0.9;
+    QPointF previous;
+    for (int i = 0; i < 50; ++i) {
+        const double t = double(i) / 50;
+        const QPointF p((t * 1.6 - 0.8 + 1) * 195, (y0 + 0.05 * std::sin(t * 12) + 1) * 422);
+        if (i == 0)
+            path.moveTo(p);
+        else
+            path.quadTo(previous, (previous + p) / 2);
+        previous = p;
+    }
+    path.quadTo(previous, previous);
+    return path;
+}
+
+// The floor: bare QPainter stroking `count` such paths on a phone-sized picture.
+void BM_BareStrokes(benchmark::State &state)
+{
+    QImage picture(QSize(390, 844) * 3, QImage::Format_ARGB32_Premultiplied);
+    picture.setDevicePixelRatio(3);
+    picture.fill(Qt::transparent);
+    QList<QPainterPath> paths;
+    for (int i = 0; i < state.range(0); ++i)
+        paths << wavyPath(i);
+    for (auto _ : state) {
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        for (int i = 0; i < paths.size(); ++i) {
+            painter.strokePath(paths.at(i), QPen(QColor::fromHsv(i * 37 % 360, 200, 220), 5.85,
+                                                 Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_BareStrokes)->Arg(1)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicrosecond);
+
+// Undo of the local user's last stroke on a board of `range` received strokes.
+void BM_UndoOnFullBoard(benchmark::State &state)
+{
+    PhoneBoard phone;
+    for (int i = 0; i < state.range(0); ++i)
+        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    const DoodleActionPtr mine = wavyStroke(int(state.range(0)) / 2, 50);
+    for (auto _ : state) {
+        state.PauseTiming();
+        phone.board.onDoodleActionReceived(QStringLiteral("me"), mine);
+        state.ResumeTiming();
+        phone.board.undo();
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_UndoOnFullBoard)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicrosecond);
 
 void BM_ReceiveOneStroke(benchmark::State &state)
 {
@@ -116,6 +176,35 @@ void BM_WholePathPreviewPerMove(benchmark::State &state)
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_WholePathPreviewPerMove)->Arg(50)->Arg(500)->Arg(2000)->Unit(benchmark::kMicrosecond);
+
+// Hostile input: a 10 MB text, a million-point stroke and 100 000 tiny
+// drawings from one sender, each handled under the default limits.
+void BM_HostileInput(benchmark::State &state)
+{
+    PhoneBoard phone;
+    const QString huge = QStringLiteral("{\"PelDoodleActionTypeKey\":267,\"x\":\"") +
+                         QString(10 << 20, QLatin1Char('W')) + QStringLiteral("\"}");
+    const DoodleActionPtr million = wavyStroke(1, 1000000);
+    const DoodleActionPtr tiny = wavyStroke(2, 2);
+    for (auto _ : state) {
+        switch (state.range(0)) {
+        case 0:
+            phone.board.onDoodleTextReceived(QStringLiteral("mallory"), huge);
+            break;
+        case 1:
+            phone.board.onDoodleActionReceived(QStringLiteral("mallory"), million);
+            break;
+        default:
+            for (int i = 0; i < 100000; ++i)
+                phone.board.onDoodleActionReceived(QStringLiteral("mallory"), tiny);
+            state.PauseTiming();
+            phone.board.cleanDoodleCaches();
+            state.ResumeTiming();
+        }
+    }
+    state.counters["cached"] = double(phone.board.doodlePathCache()->size());
+}
+BENCHMARK(BM_HostileInput)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -1,7 +1,8 @@
 // Three boards linked only through the text form, driven by random sessions of
 // every tool, undo, clear, resizes and hostile texts: at the end every board
 // holds the same cache and draws exactly what a fresh board draws from it.
-// DOODLE_SEEDS=N runs N seeds instead of the usual set.
+// DOODLE_SEEDS=N runs N seeds instead of the usual set, DOODLE_STEPS=N
+// sessions of N steps instead of 60.
 #include "BoardHarness.h"
 
 #include <QLineEdit>
@@ -275,7 +276,10 @@ private slots:
         DoodleScreen::setScaleOverride(scale);
         QRandomGenerator random(seed);
         QList<Op> ops;
-        for (int i = 0; i < 60; ++i)
+        const int steps = qEnvironmentVariableIsSet("DOODLE_STEPS")
+                              ? qEnvironmentVariableIntValue("DOODLE_STEPS")
+                              : 60;
+        for (int i = 0; i < steps; ++i)
             ops << randomOp(random);
         const QString problem = failure(ops);
         if (!problem.isEmpty()) {

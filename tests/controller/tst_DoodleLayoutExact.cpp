@@ -160,6 +160,32 @@ private slots:
         QCOMPARE(board.board.doodlePathCache()->pointsOwnedBy(QStringLiteral("bob")), 3 * kept);
     }
 
+    void undoAnywhereEqualsAFullRebuild_data()
+    {
+        QTest::addColumn<int>("mineAt");
+        // Boards of 100 drawings keep savepoints of their older part; an undo
+        // reaches drawings before, between and after them.
+        for (int at : {0, 40, 69, 99})
+            QTest::addRow("my drawing at %d of 100", at) << at;
+    }
+    void undoAnywhereEqualsAFullRebuild()
+    {
+        QFETCH(int, mineAt);
+        Participant board(QStringLiteral("me"), kBoard);
+        for (int i = 0; i < 100; ++i) {
+            const double y = (i % 20) / 10.0 - 0.95;
+            const QString who = i == mineAt ? QStringLiteral("me") : QStringLiteral("bob");
+            board.receive(who, strokeAction(who, {{-0.9, y}, {0.1 * (i % 9), y + 0.3}},
+                                            QColor::fromHsv(i * 37 % 360, 200, 200, 200), 0.03f));
+        }
+        board.board.undo();
+        QCOMPARE(board.board.getAllPath().size(), 99);
+        Participant fresh(QStringLiteral("observer"), kBoard);
+        for (const DoodleCacheEntry &entry : board.board.doodlePathCache()->entries())
+            fresh.board.onDoodleActionReceived(entry.owner, entry.action);
+        QCOMPARE(maxChannelDifference(board.cache(), fresh.cache(), kBoard), 0);
+    }
+
     void anUndoTakesOnlyTheSendersOwnDrawing()
     {
         Participant board(QStringLiteral("me"), kBoard);

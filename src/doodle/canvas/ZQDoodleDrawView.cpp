@@ -161,7 +161,7 @@ QRect ZQDoodleDrawView::devicePixels(const QRect &area) const
     return scaled.toAlignedRect() & m_cacheImage.rect();
 }
 
-void ZQDoodleDrawView::beginRegionRedraw(const QRect &region)
+void ZQDoodleDrawView::beginRegionRedraw(const QRect &region, const QImage &base)
 {
     m_region = region & rect();
     if (m_region.isEmpty() || !preparePicture()) {
@@ -174,9 +174,28 @@ void ZQDoodleDrawView::beginRegionRedraw(const QRect &region)
         m_scratch.setDevicePixelRatio(m_cacheImage.devicePixelRatio());
     }
     const QRect pixels = devicePixels(m_region);
-    for (int y = pixels.top(); y <= pixels.bottom(); ++y)
-        std::fill_n(reinterpret_cast<QRgb *>(m_scratch.scanLine(y)) + pixels.left(), pixels.width(),
-                    QRgb(0));
+    const bool based = base.size() == m_scratch.size() && base.format() == m_scratch.format();
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+        QRgb *row = reinterpret_cast<QRgb *>(m_scratch.scanLine(y)) + pixels.left();
+        if (based)
+            std::copy_n(reinterpret_cast<const QRgb *>(base.constScanLine(y)) + pixels.left(),
+                        pixels.width(), row);
+        else
+            std::fill_n(row, pixels.width(), QRgb(0));
+    }
+}
+
+void ZQDoodleDrawView::copyPicture(QImage &target) const
+{
+    if (m_cacheImage.isNull()) {
+        target = QImage();
+    } else if (target.size() == m_cacheImage.size() && target.format() == m_cacheImage.format() &&
+               target.bytesPerLine() == m_cacheImage.bytesPerLine()) {
+        std::copy_n(m_cacheImage.constBits(), m_cacheImage.sizeInBytes(), target.bits());
+        target.setDevicePixelRatio(m_cacheImage.devicePixelRatio());
+    } else {
+        target = m_cacheImage.copy();
+    }
 }
 
 void ZQDoodleDrawView::endRegionRedraw()

@@ -55,8 +55,12 @@ public:
     // are skipped; the end copies the region into the surface. Shapes are drawn
     // whole rather than clipped, so the region's pixels are exactly those a
     // redraw of the whole surface gives.
-    void beginRegionRedraw(const QRect &region);
+    // `base`, a picture of this surface's size, gives the region's starting
+    // pixels; a null image starts it transparent.
+    void beginRegionRedraw(const QRect &region, const QImage &base = QImage());
     void endRegionRedraw();
+    // Copies the picture into `target`, reusing its memory when it fits.
+    void copyPicture(QImage &target) const;
     // The rectangle (in view points) the last primitive could have changed;
     // empty when it drew nothing.
     QRect lastPaintedRect() const { return m_lastPainted; }

@@ -11,6 +11,10 @@
 
 namespace {
 
+// A savepoint is taken every this many drawings, so an undo of a recent
+// drawing replays at most twice as many, whatever the board holds.
+constexpr qsizetype kSavepointStep = 32;
+
 DoodleActionPtr makeCommandAction(qint64 type, const QString &userId)
 {
     auto action = std::make_shared<DoodleAction>();
@@ -28,8 +32,10 @@ void DoodleLayout::doodleAction(const DoodleActionPtr &action, const QString &fr
     const qint64 type = action->actionType();
     if (doodleIsDrawnActionType(type)) {
         d->m_doodlePathCache.addAction(action, fromUserId);
-        if (isViewLoaded())
+        if (isViewLoaded()) {
             d->drawEntry(d->m_doodlePathCache.size() - 1);
+            d->noteAppended();
+        }
     } else if (type == DoodleActionTypeUndo) {
         undoDrawPathWithUserId(fromUserId);
     } else if (type == DoodleActionTypeClean) {
@@ -156,14 +162,48 @@ void DoodleLayout::drawCachePath()
     if (!isViewLoaded())
         return;
     d->cacheSurface()->cleanForRedraw();
-    DOODLE_LOG(
-        QStringLiteral("addAction %1").arg(DoodleNumber::printfD(d->m_doodlePathCache.size())));
-    for (qsizetype i = 0; i < d->m_doodlePathCache.size(); ++i)
+    const qsizetype count = d->m_doodlePathCache.size();
+    DOODLE_LOG(QStringLiteral("addAction %1").arg(DoodleNumber::printfD(count)));
+    d->dropSavepoints(-1);
+    const qsizetype save = std::max<qsizetype>(0, count - kSavepointStep);
+    for (qsizetype i = 0; i < count; ++i) {
+        if (i == save)
+            d->takeSavepoint(i);
         d->drawEntry(i);
+    }
+    if (count == 0)
+        d->takeSavepoint(0);
     d->reapplyLiveErasure();
 }
 
-void DoodleLayoutPrivate::redrawRegion(const QRectF &area)
+void DoodleLayoutPrivate::dropSavepoints(qsizetype keepUpTo)
+{
+    for (DoodleSavepoint &save : m_saves) {
+        if (save.count > keepUpTo)
+            save.count = -1;
+    }
+    if (m_saves[0].count < 0)
+        std::swap(m_saves[0], m_saves[1]);
+}
+
+void DoodleLayoutPrivate::takeSavepoint(qsizetype count)
+{
+    // The older savepoint's memory is reused for the new one.
+    std::swap(m_saves[0], m_saves[1]);
+    cacheSurface()->copyPicture(m_saves[0].picture);
+    m_saves[0].count = count;
+}
+
+void DoodleLayoutPrivate::noteAppended()
+{
+    // Never while a live eraser has cleared pixels the cache does not hold yet.
+    const qsizetype count = m_doodlePathCache.size();
+    if (m_liveErased.isEmpty() &&
+        count - std::max<qsizetype>(m_saves[0].count, 0) >= kSavepointStep)
+        takeSavepoint(count);
+}
+
+void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype removed)
 {
     ZQDoodleDrawView *canvas = cacheSurface();
     const QRect region = area.toAlignedRect() & canvas->rect();
@@ -175,10 +215,17 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area)
     }
     // Only the pixels inside the region change: they are replayed from
     // transparent, in cache order, by every drawing that reached into them.
-    canvas->beginRegionRedraw(region);
-    for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
-        if (entry.drawnRect.intersects(region))
-            paint(*entry.action);
+    // Savepoints that hold a removed drawing are stale; the newest other one
+    // is where the replay starts.
+    if (removed >= 0)
+        dropSavepoints(removed);
+    const DoodleSavepoint &save = m_saves[0];
+    const qsizetype first = std::max<qsizetype>(save.count, 0);
+    canvas->beginRegionRedraw(region, save.count >= 0 ? save.picture : QImage());
+    const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
+    for (qsizetype i = first; i < entries.size(); ++i) {
+        if (entries.at(i).drawnRect.intersects(region))
+            paint(*entries.at(i).action);
     }
     reapplyLiveErasure();
     canvas->endRegionRedraw();
@@ -186,9 +233,10 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area)
 
 void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
 {
-    const DoodleCacheEntry removed = d->m_doodlePathCache.takeLastOwnedBy(userId);
+    qsizetype index = -1;
+    const DoodleCacheEntry removed = d->m_doodlePathCache.takeLastOwnedBy(userId, &index);
     if (removed.action && isViewLoaded())
-        d->redrawRegion(removed.drawnRect);
+        d->redrawRegion(removed.drawnRect, index);
 }
 
 void DoodleLayout::undo()
@@ -212,8 +260,11 @@ void DoodleLayout::cleanDoodle()
 
 void DoodleLayout::cleanDoodleCaches()
 {
-    if (d->m_doodleView)
-        d->cacheSurface()->cleanAllPath();
     d->m_doodlePathCache.cleanAllPath();
+    d->dropSavepoints(-1);
+    if (d->m_doodleView) {
+        d->cacheSurface()->cleanAllPath();
+        d->takeSavepoint(0);
+    }
     d->reapplyLiveErasure();
 }

@@ -121,15 +121,17 @@ void DoodleLayoutPrivate::commitGesture()
     const QRectF erased = m_liveErased;
     resetGesture();
     cleanPreview();
-    if (!commitAction(built) && erased.isEmpty())
-        return;
-    // The live eraser cleared its segments one by one; the committed erasure
-    // is the replay of the whole path once, as every receiver draws it.
-    QRectF region = erased;
-    if (!m_doodlePathCache.entries().isEmpty())
-        region |= m_doodlePathCache.entries().last().drawnRect;
-    if (!erased.isEmpty())
+    const bool committed = commitAction(built);
+    if (!erased.isEmpty()) {
+        // The live eraser cleared its segments one by one; the committed
+        // erasure is the replay of the whole path once, as every receiver draws it.
+        QRectF region = erased;
+        if (committed)
+            region |= m_doodlePathCache.entries().last().drawnRect;
         redrawRegion(region);
+    }
+    if (committed)
+        noteAppended();
 }
 
 void DoodleLayoutPrivate::reapplyLiveErasure()
@@ -390,6 +392,6 @@ void DoodleLayout::textEditDone(QLineEdit *textField)
     d->closeTextField();
     // Drawn from the action, as every receiver draws it: its exact anchor and
     // the text size and colour the field was opened with.
-    if (action)
-        d->commitAction(action);
+    if (action && d->commitAction(action))
+        d->noteAppended();
 }

@@ -25,6 +25,14 @@ struct DoodleGestureTool
     QColor color;
 };
 
+// The cache canvas's picture of the first `count` cached drawings: a region
+// redraw starts from it and replays only what came after.
+struct DoodleSavepoint
+{
+    QImage picture;
+    qsizetype count = -1; // -1: none
+};
+
 class DoodleLayoutPrivate
 {
 public:
@@ -49,7 +57,12 @@ public:
     void drawStroke(const DoodleAction &action);
     // The stroke through the points; `isDot` tells when several points share one place.
     QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
-    void redrawRegion(const QRectF &area);
+    // Redraws the region from the cache; `removed` is the index a drawing was
+    // just taken from, or -1.
+    void redrawRegion(const QRectF &area, qsizetype removed = -1);
+    void noteAppended();
+    void dropSavepoints(qsizetype keepUpTo);
+    void takeSavepoint(qsizetype count);
     void reapplyLiveErasure();
     // Gestures.
     DoodleGestureTool toolForMode(qint64 mode) const;
@@ -117,6 +130,7 @@ public:
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
     DoodleReceiveLimits m_limits;
+    DoodleSavepoint m_saves[2]; // the newer first
     bool m_observing = false;
     // The tool bar and its floating button, once the tool bar exists.
     QPointer<QWidget> m_doodletoolbar;

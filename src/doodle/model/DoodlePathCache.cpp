@@ -19,7 +19,7 @@ bool DoodlePathCache::removeLastPathWithUserId(const QString &owner)
     return takeLastOwnedBy(owner).action != nullptr;
 }
 
-DoodleCacheEntry DoodlePathCache::takeLastOwnedBy(const QString &owner)
+DoodleCacheEntry DoodlePathCache::takeLastOwnedBy(const QString &owner, qsizetype *index)
 {
     if (owner.isNull())
         return {};
@@ -27,6 +27,8 @@ DoodleCacheEntry DoodlePathCache::takeLastOwnedBy(const QString &owner)
         const QString &entryOwner = m_entries.at(i).owner;
         if (!entryOwner.isNull() && entryOwner == owner) {
             count(m_entries.at(i), -1);
+            if (index)
+                *index = i;
             return m_entries.takeAt(i);
         }
     }

@@ -33,8 +33,8 @@ public:
     // A null owner matches nothing, and an entry without an owner is never taken.
     bool removeLastPathWithUserId(const QString &owner);
     // Removes the newest action that `owner` owns and returns its entry (with
-    // a null action when there is none).
-    DoodleCacheEntry takeLastOwnedBy(const QString &owner);
+    // a null action when there is none) and, in `index`, where it was.
+    DoodleCacheEntry takeLastOwnedBy(const QString &owner, qsizetype *index = nullptr);
     // The actions in drawing order.
     QList<DoodleActionPtr> getAllPath() const;
     const QList<DoodleCacheEntry> &entries() const { return m_entries; }
