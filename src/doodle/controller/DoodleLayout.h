@@ -49,8 +49,8 @@ struct DoodleReceiveLimits
     qsizetype textBytes = 4 * 1024 * 1024; // UTF-8 bytes of one action text
     qsizetype strokePoints = 100000;       // points of one stroke
     qsizetype textLength = 10000;          // characters of one text annotation
-    qsizetype actionsPerAuthor = 100000;   // drawings one sender keeps cached
-    qsizetype pointsPerAuthor = 5000000;   // stroke points one sender keeps cached
+    qsizetype actionsPerAuthor = 20000;    // drawings one sender keeps cached
+    qsizetype pointsPerAuthor = 2000000;   // stroke points one sender keeps cached
 };
 
 // The controller of one doodle board and the host's only point of contact.
