@@ -186,6 +186,74 @@ private slots:
         QCOMPARE(maxChannelDifference(board.cache(), fresh.cache(), kBoard), 0);
     }
 
+    void aGestureSurvivesRedrawsInItsMiddle_data()
+    {
+        QTest::addColumn<qint64>("mode");
+        QTest::addColumn<QString>("redraw");
+        for (const char *redraw : {"received clear", "received undo", "resize"}) {
+            QTest::addRow("pen, %s", redraw) << qint64(DoodleActionModeBrush) << redraw;
+            QTest::addRow("eraser, %s", redraw) << qint64(DoodleActionModeEraser) << redraw;
+        }
+    }
+    void aGestureSurvivesRedrawsInItsMiddle()
+    {
+        QFETCH(qint64, mode);
+        QFETCH(QString, redraw);
+        Pair p;
+        // Under the gesture: two bands; the peer clears or undoes its own.
+        p.me.receive("peer", strokeAction("peer", {{-1, 0.3}, {1, 0.3}}, Qt::darkGreen, 0.4f));
+        p.me.board.addAction(strokeAction("ann", {{-1, 0.3}, {1, 0.3}}, Qt::blue, 0.3f));
+        p.peer.board.addAction(strokeAction("ann", {{-1, 0.3}, {1, 0.3}}, Qt::blue, 0.3f));
+        DoodleLayout &board = p.me.board;
+        board.setActionMode(mode);
+        board.setEraserWidth(10);
+        board.touchesBegan({{20, 65}, {20, 65}});
+        board.touchesMoved({{60, 62}, {20, 65}});
+        board.touchesMoved({{100, 66}, {60, 62}});
+        if (redraw == QLatin1String("received clear"))
+            p.me.receive("peer", commandAction(DoodleActionTypeClean, "peer"));
+        else if (redraw == QLatin1String("received undo"))
+            p.me.receive("peer", commandAction(DoodleActionTypeUndo, "peer"));
+        else
+            board.resetDoodleViewFrame(QRect(QPoint(0, 0), kBoard));
+        // What the gesture drew so far still shows: the pen's preview, the eraser's hole.
+        if (mode == DoodleActionModeBrush) {
+            const QImage preview = board.doodleView()->getTempCanvas(0)->cacheImage();
+            QCOMPARE(alphaAt(preview, 40, 63), 255);
+        } else if (redraw != QLatin1String("received clear")) {
+            QCOMPARE(alphaAt(p.me.cache(), 40, 65), 0);
+        }
+        board.touchesMoved({{140, 64}, {100, 66}});
+        board.touchesEnded({{140, 64}, {140, 64}});
+        if (redraw == QLatin1String("received clear"))
+            p.peer.receive("peer", commandAction(DoodleActionTypeClean, "peer"));
+        QCOMPARE(p.me.host.generated.size(), 1);
+        Participant fresh(QStringLiteral("observer"), kBoard);
+        for (const DoodleCacheEntry &entry : board.doodlePathCache()->entries())
+            fresh.board.onDoodleActionReceived(entry.owner, entry.action);
+        QCOMPARE(maxChannelDifference(p.me.cache(), fresh.cache(), kBoard), 0);
+    }
+
+    void anOpenTextFieldSurvivesReceivedDrawings()
+    {
+        Pair p;
+        DoodleLayout &board = p.me.board;
+        board.setActionMode(DoodleActionModeText);
+        board.touchesBegan({{30, 30}, {30, 30}});
+        board.touchesEnded({{30, 30}, {30, 30}});
+        QPointer<QLineEdit> field = board.doodleView()->tempTextField();
+        QVERIFY(field);
+        QTest::keyClicks(field, QStringLiteral("abc"));
+        p.me.receive("peer", strokeAction("peer", {{-1, -1}, {1, 1}}));
+        p.me.receive("peer", commandAction(DoodleActionTypeUndo, "peer"));
+        board.resetDoodleViewFrame(QRect(QPoint(0, 0), kBoard));
+        QVERIFY(field);
+        QCOMPARE(field->text(), QStringLiteral("abc"));
+        QTest::keyClick(field, Qt::Key_Return);
+        QCOMPARE(p.me.host.generated.size(), 1);
+        QCOMPARE(p.me.host.generated.first()->text(), QStringLiteral("abc"));
+    }
+
     void anUndoTakesOnlyTheSendersOwnDrawing()
     {
         Participant board(QStringLiteral("me"), kBoard);
