@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <clocale>
+#include <cmath>
 #include <limits>
 
 Q_DECLARE_METATYPE(DoodleActionPtr)
@@ -165,6 +166,39 @@ private slots:
         QFETCH(QString, text);
         QFETCH(QString, fields);
         QCOMPARE(summary(DoodleTranslate::doodleActionFromString(expand(text))), fields);
+    }
+
+    // Numbers are read as doubles and rounded to the nearest float.
+    void floatMembers_data()
+    {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<float>("expected");
+        const float largest = std::numeric_limits<float>::max();
+        const float infinity = std::numeric_limits<float>::infinity();
+        const float smallest = std::numeric_limits<float>::denorm_min();
+        QTest::newRow("largest, shortest text") << "3.4028235e+38" << largest;
+        QTest::newRow("largest, nine digits") << "-3.40282347e+38" << -largest;
+        QTest::newRow("just below the boundary") << "3.4028235677973362e+38" << largest;
+        QTest::newRow("boundary rounds to infinity") << "3.4028235677973366e+38" << infinity;
+        QTest::newRow("beyond") << "-1e39" << -infinity;
+        QTest::newRow("smallest subnormal") << "1e-45" << smallest;
+        QTest::newRow("above half the smallest") << "7.1e-46" << smallest;
+        QTest::newRow("below half the smallest") << "-7e-46" << 0.0f;
+        QTest::newRow("decimal") << "0.1" << 0.1f;
+    }
+    void floatMembers()
+    {
+        QFETCH(QString, number);
+        QFETCH(float, expected);
+        const DoodleActionPtr decoded = DoodleTranslate::doodleActionFromString(
+            expand(R"({"@ActionType":267,"@Content":{"text_content":{"x":%1}},)"
+                   R"("@Brush":{"@Width":%1}})")
+                .arg(number));
+        QVERIFY(decoded);
+        // Exact comparisons: QCOMPARE would allow a relative difference.
+        QVERIFY2(decoded->x() == expected, qPrintable(QString::number(double(decoded->x()))));
+        QVERIFY2(decoded->brushWidth() == expected,
+                 qPrintable(QString::number(double(decoded->brushWidth()))));
     }
 
     void truncatedTexts()

@@ -120,15 +120,21 @@ template <typename UInt> UInt unsignedValue(const QJsonValue &value)
                                                              : UInt(exact);
 }
 
-// Narrows to float; magnitudes beyond the float range become infinite
-// (a plain conversion of such a double is undefined in C++).
+// Narrows to the nearest float. Magnitudes above the largest float but below
+// the rounding boundary halfway to 2^128 give the largest float, so that its
+// shortest text (3.4028235e+38, a double just above it) reads back to it;
+// beyond the boundary they are infinite. (A plain conversion of a double
+// outside the float range is undefined in C++.)
 float floatValue(const QJsonValue &value)
 {
     const double number = value.toDouble();
-    if (std::fabs(number) > double(std::numeric_limits<float>::max()))
-        return number < 0 ? -std::numeric_limits<float>::infinity()
-                          : std::numeric_limits<float>::infinity();
-    return float(number);
+    constexpr float largest = std::numeric_limits<float>::max();
+    constexpr double boundary = 0x1.ffffffp+127; // 2^128 - 2^103
+    const double magnitude = std::fabs(number);
+    if (magnitude <= double(largest))
+        return float(number);
+    const float rounded = magnitude < boundary ? largest : std::numeric_limits<float>::infinity();
+    return number < 0 ? -rounded : rounded;
 }
 
 // "rotate": the float value truncated toward zero.
