@@ -15,6 +15,7 @@
 #include <limits>
 
 Q_DECLARE_METATYPE(DoodleActionPtr)
+Q_DECLARE_METATYPE(DoodleColor)
 
 namespace {
 
@@ -99,7 +100,7 @@ QString summary(const DoodleActionPtr &a)
     const auto field = [](const char *prefix, double value) {
         return value != 0 ? prefix + QString::number(value) : QString();
     };
-    const QColor colour = a->brushColor();
+    const DoodleColor colour = a->brushColor();
     const QString colourText = '#' + QString::number(HexadecimalColorFromUIColor(colour), 16);
     QStringList parts;
     parts.append({QString::number(a->actionType()), a->userId().isNull() ? "null" : a->userId(),
@@ -221,13 +222,19 @@ private slots:
 
     void colourForm_data()
     {
-        QTest::addColumn<QColor>("colour");
+        QTest::addColumn<DoodleColor>("colour");
         QTest::addColumn<quint32>("value");
-        QTest::newRow("invalid") << QColor() << 0u;
-        QTest::newRow("half truncates") << QColor::fromRgbF(0.5f, 0.5f, 0.5f, 0.5f) << 0x7F7F7F7Fu;
-        QTest::newRow("extended range clamps")
-            << QColor::fromRgbF(1.5f, -0.5f, 0.25f, 1.0f) << 0xFFFF003Fu;
-        QTest::newRow("hsv") << QColor::fromHsv(120, 255, 255) << 0xFF00FF00u;
+        const float nan = std::numeric_limits<float>::quiet_NaN();
+        QTest::newRow("invalid") << DoodleColor() << 0u;
+        QTest::newRow("half truncates")
+            << DoodleColor::fromRgbF(0.5f, 0.5f, 0.5f, 0.5f) << 0x7F7F7F7Fu;
+        // 0.00392 * 255 = 0.9996: a 16-bit channel would hold it as 1/255.
+        QTest::newRow("floats, not 16-bit channels")
+            << DoodleColor::fromRgbF(0.00392f, 0.00393f, 0.99999f, 0.00392f) << 0x000001FEu;
+        QTest::newRow("extended range and nan clamp")
+            << DoodleColor::fromRgbF(1.5f, -0.5f, 0.25f, nan) << 0x00FF003Fu;
+        QTest::newRow("hsv QColor") << DoodleColor(QColor::fromHsv(120, 255, 255)) << 0xFF00FF00u;
+        QTest::newRow("global colour") << DoodleColor(Qt::red) << 0xFFFF0000u;
         // Every byte in every channel comes back (odd factors run through all bytes).
         for (quint32 b = 0; b < 256; ++b) {
             const quint32 value =
@@ -237,9 +244,14 @@ private slots:
     }
     void colourForm()
     {
-        QFETCH(QColor, colour);
+        QFETCH(DoodleColor, colour);
         QFETCH(quint32, value);
         QCOMPARE(HexadecimalColorFromUIColor(colour), value);
+        // The action keeps the colour as given and sends the same value.
+        auto undo = action(258);
+        undo->setBrushColor(colour);
+        const QString brush = QString(R"("PelDoodleBrushKey":{"PelDoodleColorKey":%1})").arg(value);
+        QCOMPARE(DoodleTranslate::stringFromDoodleAction(undo).contains(brush), colour.isValid());
     }
 };
 

@@ -459,14 +459,14 @@ QJsonValue DoodleTranslate::jsonToObj(const QJsonValue &value)
     return parseJson(value.toString().toUtf8());
 }
 
-QColor UIColorFromHexadecimalColor(quint32 value)
+DoodleColor UIColorFromHexadecimalColor(quint32 value)
 {
     auto component = [](quint32 byte) { return float(double(byte) / 255.0); };
-    return QColor::fromRgbF(component((value >> 16) & 0xFF), component((value >> 8) & 0xFF),
-                            component(value & 0xFF), component(value >> 24));
+    return DoodleColor::fromRgbF(component((value >> 16) & 0xFF), component((value >> 8) & 0xFF),
+                                 component(value & 0xFF), component(value >> 24));
 }
 
-quint32 HexadecimalColorFromUIColor(const QColor &color)
+quint32 HexadecimalColorFromUIColor(const DoodleColor &color)
 {
     if (!color.isValid())
         return 0;
