@@ -169,6 +169,45 @@ private slots:
         QCOMPARE(summary(DoodleTranslate::doodleActionFromString(expand(text))), fields);
     }
 
+    // Pages travel as exact unsigned 64-bit integers, in the action object and
+    // in the header snapshot of a content text.
+    void pageIds_data()
+    {
+        QTest::addColumn<quint64>("page");
+        QTest::addColumn<QString>("digits");
+        QTest::newRow("0") << Q_UINT64_C(0) << "0";
+        QTest::newRow("2^53 + 1") << Q_UINT64_C(9007199254740993) << "9007199254740993";
+        QTest::newRow("2^63 - 1") << Q_UINT64_C(9223372036854775807) << "9223372036854775807";
+        QTest::newRow("2^63") << Q_UINT64_C(9223372036854775808) << "9223372036854775808";
+        QTest::newRow("2^63 + 1") << Q_UINT64_C(9223372036854775809) << "9223372036854775809";
+        QTest::newRow("2^64 - 1") << Q_UINT64_C(18446744073709551615) << "18446744073709551615";
+    }
+    void pageIds()
+    {
+        QFETCH(quint64, page);
+        QFETCH(QString, digits);
+        const QString header = R"({"PelDoodleActionTypeKey":%1,"PelDoodlePageIdKey":%2,)"
+                               R"("PelDoodleUserUriKey":"u1"})";
+        QCOMPARE(DoodleTranslate::stringFromDoodleAction(action(258, "u1", page)),
+                 header.arg(258).arg(digits));
+        const QString ellipse = DoodleTranslate::stringFromDoodleAction(action(268, "u1", page));
+        QVERIFY(ellipse.contains(QString(R"(,"PelDoodlePageIdKey":%1,)").arg(digits)));
+        const QString content = QJsonDocument::fromJson(ellipse.toUtf8())
+                                    .object()
+                                    .value("PelDoodleContentKey")
+                                    .toString();
+        QCOMPARE(QJsonDocument::fromJson(content.toUtf8())
+                     .object()
+                     .value("PelDoodleBrushKey")
+                     .toString(),
+                 header.arg(268).arg(digits));
+        for (const QString &text : {header.arg(258).arg(digits), ellipse}) {
+            const DoodleActionPtr decoded = DoodleTranslate::doodleActionFromString(text);
+            QVERIFY(decoded);
+            QCOMPARE(decoded->pageNumber(), page);
+        }
+    }
+
     // Numbers are read as doubles and rounded to the nearest float.
     void floatMembers_data()
     {
@@ -200,6 +239,52 @@ private slots:
         QVERIFY2(decoded->x() == expected, qPrintable(QString::number(double(decoded->x()))));
         QVERIFY2(decoded->brushWidth() == expected,
                  qPrintable(QString::number(double(decoded->brushWidth()))));
+    }
+
+    // Every field at an edge value comes back as it was sent.
+    void edgeRoundTrip_data()
+    {
+        QTest::addColumn<float>("value");
+        QTest::addColumn<quint64>("page");
+        QTest::addColumn<qint32>("rotate");
+        QTest::addColumn<quint32>("colour");
+        using F = std::numeric_limits<float>;
+        using Page = std::numeric_limits<quint64>;
+        QTest::newRow("largest") << F::max() << Page::max() << 45 << 0xFFFFFFFFu;
+        QTest::newRow("lowest") << F::lowest() << Page::max() - 1 << -45 << 0u;
+        QTest::newRow("below largest")
+            << std::nextafter(F::max(), 0.0f) << Q_UINT64_C(1) << 1 << 0x01020304u;
+        QTest::newRow("smallest normal") << F::min() << Q_UINT64_C(9223372036854775808)
+                                         << std::numeric_limits<qint32>::min() << 0x80000001u;
+        QTest::newRow("subnormal") << -F::denorm_min() << Q_UINT64_C(9223372036854775807)
+                                   << std::numeric_limits<qint32>::max() - 127 << 0x7F7F7F7Fu;
+        QTest::newRow("2^24 + 2") << 16777218.0f << Q_UINT64_C(0) << 0 << 0xFF000000u;
+        QTest::newRow("a third") << 1.0f / 3.0f << Q_UINT64_C(42) << 359 << 0x00FFFFFFu;
+    }
+    void edgeRoundTrip()
+    {
+        QFETCH(float, value);
+        QFETCH(quint64, page);
+        QFETCH(qint32, rotate);
+        QFETCH(quint32, colour);
+        auto arrow = action(270, "u1", page);
+        arrow->setBrushWidth(std::fabs(value));
+        arrow->setBrushColor(UIColorFromHexadecimalColor(colour));
+        arrow->setRotate(rotate);
+        for (auto set : {&DoodleAction::setX, &DoodleAction::setY, &DoodleAction::setEndX,
+                         &DoodleAction::setEndY, &DoodleAction::setWidth, &DoodleAction::setHeight})
+            ((*arrow).*set)(value);
+        const QString text = DoodleTranslate::stringFromDoodleAction(arrow);
+        const DoodleActionPtr back = DoodleTranslate::doodleActionFromString(text);
+        QVERIFY(back);
+        const QList<float> sent{std::fabs(value), value, value, value, value, value, value};
+        const QList<float> got{back->brushWidth(), back->x(),     back->y(),     back->endX(),
+                               back->endY(),       back->width(), back->height()};
+        QVERIFY2(got == sent, qPrintable(text));
+        QCOMPARE(back->pageNumber(), page);
+        QCOMPARE(back->rotate(), rotate);
+        QCOMPARE(HexadecimalColorFromUIColor(back->brushColor()), colour);
+        QCOMPARE(DoodleTranslate::stringFromDoodleAction(back), text);
     }
 
     void truncatedTexts()
@@ -273,8 +358,6 @@ void TestDoodleTranslate::encode_data()
     const QString rect = "DoodleActionRectContent ";
     const QString points = "DoodleActionPelDoodlePositionKeyContent ";
     row("fresh", std::make_shared<DoodleAction>(), "", R"({"@PageId":0})");
-    row("undo, huge page", action(258, "u1", std::numeric_limits<quint64>::max()), "",
-        R"({"@ActionType":258,"@UserUri":"u1","@PageId":18446744073709551615})");
     row("clean carries userDefined", shape(259), "",
         R"({"@ActionType":259,"@UserUri":"u1","@PageId":3,"@Content":"ud","@Brush":)"
         R"({"@Color":4294901760,"@Width":0.01}})");
@@ -344,6 +427,24 @@ void TestDoodleTranslate::decode_data()
         R"({"@ActionType":260,"@Position":[)" + QString(R"("[2,0.5,1]",)").repeated(100000) +
             "[]]}",
         "260 null 0" + QString(" p2,0.5,1").repeated(100000) + " p");
+    row("pages from their digits", R"({"@PageId":18446744073709551614})",
+        "0 null 18446744073709551614");
+    row("page: spaces, the last of repeated members",
+        R"({ "@PageId" : 18446744073709551614 , "@PageId" : 9223372036854775809 })",
+        "0 null 9223372036854775809");
+    row("page: after a byte order mark",
+        QChar(0xFEFF) + QString(R"({"@PageId":9223372036854775809})"),
+        "0 null 9223372036854775809");
+    row("page: escaped name", R"({"PelDoodlePage\u0049dKey":18446744073709551613})",
+        "0 null 18446744073709551613");
+    row("page: nested and quoted names are other members",
+        R"({"@Brush":{"@PageId":1},"@UserUri":"\",\"@PageId\":2",)"
+        R"("@PageId":18446744073709551612})",
+        "0 \",\"PelDoodlePageIdKey\":2 18446744073709551612");
+    row("page: beyond 64 bits saturates", R"({"@PageId":18446744073709551616})",
+        "0 null 18446744073709551615");
+    row("page: other number forms are read as doubles", R"({"@PageId":1.844674407370955e19})",
+        "0 null 18446744073709549568");
     row("points only for strokes", R"({"@ActionType":258,"@Position":[["2","0","0"]]})",
         "258 null 0");
 }

@@ -1,5 +1,7 @@
 #include "DoodleTranslate.h"
 
+#include "DoodleJsonText_p.h"
+
 #include <doodle/support/DoodleLog_p.h>
 
 #include <QJsonArray>
@@ -135,6 +137,23 @@ float floatValue(const QJsonValue &value)
         return float(number);
     const float rounded = magnitude < boundary ? largest : std::numeric_limits<float>::infinity();
     return number < 0 ? -rounded : rounded;
+}
+
+// The page id: a number of 2^63 or more is read from its digits in the text,
+// since the parsed value holds it as a rounded double.
+quint64 pageValue(const QJsonValue &value, QStringView text)
+{
+    if (value.isDouble() && value.toDouble() >= 0x1p63) {
+        if (const auto exact = DoodleJsonText::unsignedMember(text, key(PelDoodlePageIdKey)))
+            return *exact;
+    }
+    return unsignedValue<quint64>(value);
+}
+
+// The page member is inserted as 0 and its exact digits written into the text.
+QString withPage(const QString &text, quint64 page)
+{
+    return DoodleJsonText::withMemberValue(text, key(PelDoodlePageIdKey), QString::number(page));
 }
 
 // "rotate": the float value truncated toward zero.
@@ -343,12 +362,8 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
         brush.insert(key(PelDoodleColorKey), qint64(HexadecimalColorFromUIColor(a.brushColor())));
     if (!brush.isEmpty())
         object.insert(key(PelDoodleBrushKey), brush);
-    // JSON integers stop at 2^63 - 1; larger pages travel as the nearest double.
-    const quint64 page = a.pageNumber();
-    object.insert(key(PelDoodlePageIdKey), page <= quint64(std::numeric_limits<qint64>::max())
-                                               ? QJsonValue(qint64(page))
-                                               : QJsonValue(double(page)));
-    const QString header = objToJson(object);
+    object.insert(key(PelDoodlePageIdKey), qint64(0));
+    const QString header = withPage(objToJson(object), a.pageNumber());
 
     switch (type) {
     case DoodleActionTypeStroke:
@@ -380,7 +395,7 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
             object.insert(key(PelDoodleContentKey), a.userDefined());
         break;
     }
-    return objToJson(object);
+    return withPage(objToJson(object), a.pageNumber());
 }
 
 DoodleActionPtr DoodleTranslate::doodleActionFromString(const QString &text)
@@ -404,7 +419,7 @@ DoodleActionPtr DoodleTranslate::doodleActionFromString(const QString &text)
         } else if (name == key(PelDoodleUserUriKey)) {
             action->setUserId(stringValue(value));
         } else if (name == key(PelDoodlePageIdKey)) {
-            action->setPageNumber(unsignedValue<quint64>(value));
+            action->setPageNumber(pageValue(value, text));
         } else if (name == key(PelDoodleBrushKey)) {
             readBrush(*action, value);
         } else if (name == key(PelDoodlePositionKey)) {

@@ -1,6 +1,8 @@
 target_sources(doodle PRIVATE
     doodle/model/DoodleAction.cpp
     doodle/model/DoodleColor.cpp
+    doodle/model/DoodleJsonText.cpp
+    doodle/model/DoodleJsonText_p.h
     doodle/model/DoodleKeys.cpp
     doodle/model/DoodlePathCache.cpp
     doodle/model/DoodleTranslate.cpp)
