@@ -7,6 +7,7 @@
 #include <doodle/controller/DoodleLayout.h>
 #include <doodle/controller/DoodleLayoutDelegate.h>
 #include <doodle/model/DoodleAction.h>
+#include <doodle/model/DoodleColor.h>
 #include <doodle/model/DoodleKeys.h>
 #include <doodle/model/DoodlePathCache.h>
 #include <doodle/model/DoodleTranslate.h>

@@ -11,9 +11,11 @@
 #include <QTest>
 
 #include <clocale>
+#include <cmath>
 #include <limits>
 
 Q_DECLARE_METATYPE(DoodleActionPtr)
+Q_DECLARE_METATYPE(DoodleColor)
 
 namespace {
 
@@ -98,7 +100,7 @@ QString summary(const DoodleActionPtr &a)
     const auto field = [](const char *prefix, double value) {
         return value != 0 ? prefix + QString::number(value) : QString();
     };
-    const QColor colour = a->brushColor();
+    const DoodleColor colour = a->brushColor();
     const QString colourText = '#' + QString::number(HexadecimalColorFromUIColor(colour), 16);
     QStringList parts;
     parts.append({QString::number(a->actionType()), a->userId().isNull() ? "null" : a->userId(),
@@ -167,6 +169,124 @@ private slots:
         QCOMPARE(summary(DoodleTranslate::doodleActionFromString(expand(text))), fields);
     }
 
+    // Pages travel as exact unsigned 64-bit integers, in the action object and
+    // in the header snapshot of a content text.
+    void pageIds_data()
+    {
+        QTest::addColumn<quint64>("page");
+        QTest::addColumn<QString>("digits");
+        QTest::newRow("0") << Q_UINT64_C(0) << "0";
+        QTest::newRow("2^53 + 1") << Q_UINT64_C(9007199254740993) << "9007199254740993";
+        QTest::newRow("2^63 - 1") << Q_UINT64_C(9223372036854775807) << "9223372036854775807";
+        QTest::newRow("2^63") << Q_UINT64_C(9223372036854775808) << "9223372036854775808";
+        QTest::newRow("2^63 + 1") << Q_UINT64_C(9223372036854775809) << "9223372036854775809";
+        QTest::newRow("2^64 - 1") << Q_UINT64_C(18446744073709551615) << "18446744073709551615";
+    }
+    void pageIds()
+    {
+        QFETCH(quint64, page);
+        QFETCH(QString, digits);
+        const QString header = R"({"PelDoodleActionTypeKey":%1,"PelDoodlePageIdKey":%2,)"
+                               R"("PelDoodleUserUriKey":"u1"})";
+        QCOMPARE(DoodleTranslate::stringFromDoodleAction(action(258, "u1", page)),
+                 header.arg(258).arg(digits));
+        const QString ellipse = DoodleTranslate::stringFromDoodleAction(action(268, "u1", page));
+        QVERIFY(ellipse.contains(QString(R"(,"PelDoodlePageIdKey":%1,)").arg(digits)));
+        const QString content = QJsonDocument::fromJson(ellipse.toUtf8())
+                                    .object()
+                                    .value("PelDoodleContentKey")
+                                    .toString();
+        QCOMPARE(QJsonDocument::fromJson(content.toUtf8())
+                     .object()
+                     .value("PelDoodleBrushKey")
+                     .toString(),
+                 header.arg(268).arg(digits));
+        for (const QString &text : {header.arg(258).arg(digits), ellipse}) {
+            const DoodleActionPtr decoded = DoodleTranslate::doodleActionFromString(text);
+            QVERIFY(decoded);
+            QCOMPARE(decoded->pageNumber(), page);
+        }
+    }
+
+    // Numbers are read as doubles and rounded to the nearest float.
+    void floatMembers_data()
+    {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<float>("expected");
+        const float largest = std::numeric_limits<float>::max();
+        const float infinity = std::numeric_limits<float>::infinity();
+        const float smallest = std::numeric_limits<float>::denorm_min();
+        QTest::newRow("largest, shortest text") << "3.4028235e+38" << largest;
+        QTest::newRow("largest, nine digits") << "-3.40282347e+38" << -largest;
+        QTest::newRow("just below the boundary") << "3.4028235677973362e+38" << largest;
+        QTest::newRow("boundary rounds to infinity") << "3.4028235677973366e+38" << infinity;
+        QTest::newRow("beyond") << "-1e39" << -infinity;
+        QTest::newRow("smallest subnormal") << "1e-45" << smallest;
+        QTest::newRow("above half the smallest") << "7.1e-46" << smallest;
+        QTest::newRow("below half the smallest") << "-7e-46" << 0.0f;
+        QTest::newRow("decimal") << "0.1" << 0.1f;
+    }
+    void floatMembers()
+    {
+        QFETCH(QString, number);
+        QFETCH(float, expected);
+        const DoodleActionPtr decoded = DoodleTranslate::doodleActionFromString(
+            expand(R"({"@ActionType":267,"@Content":{"text_content":{"x":%1}},)"
+                   R"("@Brush":{"@Width":%1}})")
+                .arg(number));
+        QVERIFY(decoded);
+        // Exact comparisons: QCOMPARE would allow a relative difference.
+        QVERIFY2(decoded->x() == expected, qPrintable(QString::number(double(decoded->x()))));
+        QVERIFY2(decoded->brushWidth() == expected,
+                 qPrintable(QString::number(double(decoded->brushWidth()))));
+    }
+
+    // Every field at an edge value comes back as it was sent.
+    void edgeRoundTrip_data()
+    {
+        QTest::addColumn<float>("value");
+        QTest::addColumn<quint64>("page");
+        QTest::addColumn<qint32>("rotate");
+        QTest::addColumn<quint32>("colour");
+        using F = std::numeric_limits<float>;
+        using Page = std::numeric_limits<quint64>;
+        QTest::newRow("largest") << F::max() << Page::max() << 45 << 0xFFFFFFFFu;
+        QTest::newRow("lowest") << F::lowest() << Page::max() - 1 << -45 << 0u;
+        QTest::newRow("below largest")
+            << std::nextafter(F::max(), 0.0f) << Q_UINT64_C(1) << 1 << 0x01020304u;
+        QTest::newRow("smallest normal") << F::min() << Q_UINT64_C(9223372036854775808)
+                                         << std::numeric_limits<qint32>::min() << 0x80000001u;
+        QTest::newRow("subnormal") << -F::denorm_min() << Q_UINT64_C(9223372036854775807)
+                                   << std::numeric_limits<qint32>::max() - 127 << 0x7F7F7F7Fu;
+        QTest::newRow("2^24 + 2") << 16777218.0f << Q_UINT64_C(0) << 0 << 0xFF000000u;
+        QTest::newRow("a third") << 1.0f / 3.0f << Q_UINT64_C(42) << 359 << 0x00FFFFFFu;
+    }
+    void edgeRoundTrip()
+    {
+        QFETCH(float, value);
+        QFETCH(quint64, page);
+        QFETCH(qint32, rotate);
+        QFETCH(quint32, colour);
+        auto arrow = action(270, "u1", page);
+        arrow->setBrushWidth(std::fabs(value));
+        arrow->setBrushColor(UIColorFromHexadecimalColor(colour));
+        arrow->setRotate(rotate);
+        for (auto set : {&DoodleAction::setX, &DoodleAction::setY, &DoodleAction::setEndX,
+                         &DoodleAction::setEndY, &DoodleAction::setWidth, &DoodleAction::setHeight})
+            ((*arrow).*set)(value);
+        const QString text = DoodleTranslate::stringFromDoodleAction(arrow);
+        const DoodleActionPtr back = DoodleTranslate::doodleActionFromString(text);
+        QVERIFY(back);
+        const QList<float> sent{std::fabs(value), value, value, value, value, value, value};
+        const QList<float> got{back->brushWidth(), back->x(),     back->y(),     back->endX(),
+                               back->endY(),       back->width(), back->height()};
+        QVERIFY2(got == sent, qPrintable(text));
+        QCOMPARE(back->pageNumber(), page);
+        QCOMPARE(back->rotate(), rotate);
+        QCOMPARE(HexadecimalColorFromUIColor(back->brushColor()), colour);
+        QCOMPARE(DoodleTranslate::stringFromDoodleAction(back), text);
+    }
+
     void truncatedTexts()
     {
         const QString text = DoodleTranslate::stringFromDoodleAction(shape(270));
@@ -187,13 +307,19 @@ private slots:
 
     void colourForm_data()
     {
-        QTest::addColumn<QColor>("colour");
+        QTest::addColumn<DoodleColor>("colour");
         QTest::addColumn<quint32>("value");
-        QTest::newRow("invalid") << QColor() << 0u;
-        QTest::newRow("half truncates") << QColor::fromRgbF(0.5f, 0.5f, 0.5f, 0.5f) << 0x7F7F7F7Fu;
-        QTest::newRow("extended range clamps")
-            << QColor::fromRgbF(1.5f, -0.5f, 0.25f, 1.0f) << 0xFFFF003Fu;
-        QTest::newRow("hsv") << QColor::fromHsv(120, 255, 255) << 0xFF00FF00u;
+        const float nan = std::numeric_limits<float>::quiet_NaN();
+        QTest::newRow("invalid") << DoodleColor() << 0u;
+        QTest::newRow("half truncates")
+            << DoodleColor::fromRgbF(0.5f, 0.5f, 0.5f, 0.5f) << 0x7F7F7F7Fu;
+        // 0.00392 * 255 = 0.9996: a 16-bit channel would hold it as 1/255.
+        QTest::newRow("floats, not 16-bit channels")
+            << DoodleColor::fromRgbF(0.00392f, 0.00393f, 0.99999f, 0.00392f) << 0x000001FEu;
+        QTest::newRow("extended range and nan clamp")
+            << DoodleColor::fromRgbF(1.5f, -0.5f, 0.25f, nan) << 0x00FF003Fu;
+        QTest::newRow("hsv QColor") << DoodleColor(QColor::fromHsv(120, 255, 255)) << 0xFF00FF00u;
+        QTest::newRow("global colour") << DoodleColor(Qt::red) << 0xFFFF0000u;
         // Every byte in every channel comes back (odd factors run through all bytes).
         for (quint32 b = 0; b < 256; ++b) {
             const quint32 value =
@@ -203,9 +329,14 @@ private slots:
     }
     void colourForm()
     {
-        QFETCH(QColor, colour);
+        QFETCH(DoodleColor, colour);
         QFETCH(quint32, value);
         QCOMPARE(HexadecimalColorFromUIColor(colour), value);
+        // The action keeps the colour as given and sends the same value.
+        auto undo = action(258);
+        undo->setBrushColor(colour);
+        const QString brush = QString(R"("PelDoodleBrushKey":{"PelDoodleColorKey":%1})").arg(value);
+        QCOMPARE(DoodleTranslate::stringFromDoodleAction(undo).contains(brush), colour.isValid());
     }
 };
 
@@ -227,8 +358,6 @@ void TestDoodleTranslate::encode_data()
     const QString rect = "DoodleActionRectContent ";
     const QString points = "DoodleActionPelDoodlePositionKeyContent ";
     row("fresh", std::make_shared<DoodleAction>(), "", R"({"@PageId":0})");
-    row("undo, huge page", action(258, "u1", std::numeric_limits<quint64>::max()), "",
-        R"({"@ActionType":258,"@UserUri":"u1","@PageId":18446744073709551615})");
     row("clean carries userDefined", shape(259), "",
         R"({"@ActionType":259,"@UserUri":"u1","@PageId":3,"@Content":"ud","@Brush":)"
         R"({"@Color":4294901760,"@Width":0.01}})");
@@ -298,6 +427,24 @@ void TestDoodleTranslate::decode_data()
         R"({"@ActionType":260,"@Position":[)" + QString(R"("[2,0.5,1]",)").repeated(100000) +
             "[]]}",
         "260 null 0" + QString(" p2,0.5,1").repeated(100000) + " p");
+    row("pages from their digits", R"({"@PageId":18446744073709551614})",
+        "0 null 18446744073709551614");
+    row("page: spaces, the last of repeated members",
+        R"({ "@PageId" : 18446744073709551614 , "@PageId" : 9223372036854775809 })",
+        "0 null 9223372036854775809");
+    row("page: after a byte order mark",
+        QChar(0xFEFF) + QString(R"({"@PageId":9223372036854775809})"),
+        "0 null 9223372036854775809");
+    row("page: escaped name", R"({"PelDoodlePage\u0049dKey":18446744073709551613})",
+        "0 null 18446744073709551613");
+    row("page: nested and quoted names are other members",
+        R"({"@Brush":{"@PageId":1},"@UserUri":"\",\"@PageId\":2",)"
+        R"("@PageId":18446744073709551612})",
+        "0 \",\"PelDoodlePageIdKey\":2 18446744073709551612");
+    row("page: beyond 64 bits saturates", R"({"@PageId":18446744073709551616})",
+        "0 null 18446744073709551615");
+    row("page: other number forms are read as doubles", R"({"@PageId":1.844674407370955e19})",
+        "0 null 18446744073709549568");
     row("points only for strokes", R"({"@ActionType":258,"@Position":[["2","0","0"]]})",
         "258 null 0");
 }

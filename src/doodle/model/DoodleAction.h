@@ -1,8 +1,8 @@
 #pragma once
 
 #include <doodle/DoodleExport.h>
+#include <doodle/model/DoodleColor.h>
 
-#include <QColor>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -61,8 +61,8 @@ public:
     float brushWidth() const { return m_brushWidth; }
     void setBrushWidth(float width) { m_brushWidth = width; }
     // An invalid colour means none.
-    QColor brushColor() const { return m_brushColor; }
-    void setBrushColor(const QColor &color) { m_brushColor = color; }
+    DoodleColor brushColor() const { return m_brushColor; }
+    void setBrushColor(const DoodleColor &color) { m_brushColor = color; }
     QString stickerUnicode() const { return m_stickerUnicode; }
     void setStickerUnicode(const QString &value) { m_stickerUnicode = value; }
     QString stickerName() const { return m_stickerName; }
@@ -97,7 +97,7 @@ private:
     QString m_userDefined;
     quint64 m_pageNumber = 0;
     float m_brushWidth = 0;
-    QColor m_brushColor;
+    DoodleColor m_brushColor;
     QString m_stickerUnicode;
     QString m_stickerName;
     float m_x = 0;

@@ -1,5 +1,7 @@
 #include "DoodleTranslate.h"
 
+#include "DoodleJsonText_p.h"
+
 #include <doodle/support/DoodleLog_p.h>
 
 #include <QJsonArray>
@@ -120,15 +122,38 @@ template <typename UInt> UInt unsignedValue(const QJsonValue &value)
                                                              : UInt(exact);
 }
 
-// Narrows to float; magnitudes beyond the float range become infinite
-// (a plain conversion of such a double is undefined in C++).
+// Narrows to the nearest float. Magnitudes above the largest float but below
+// the rounding boundary halfway to 2^128 give the largest float, so that its
+// shortest text (3.4028235e+38, a double just above it) reads back to it;
+// beyond the boundary they are infinite. (A plain conversion of a double
+// outside the float range is undefined in C++.)
 float floatValue(const QJsonValue &value)
 {
     const double number = value.toDouble();
-    if (std::fabs(number) > double(std::numeric_limits<float>::max()))
-        return number < 0 ? -std::numeric_limits<float>::infinity()
-                          : std::numeric_limits<float>::infinity();
-    return float(number);
+    constexpr float largest = std::numeric_limits<float>::max();
+    constexpr double boundary = 0x1.ffffffp+127; // 2^128 - 2^103
+    const double magnitude = std::fabs(number);
+    if (magnitude <= double(largest))
+        return float(number);
+    const float rounded = magnitude < boundary ? largest : std::numeric_limits<float>::infinity();
+    return number < 0 ? -rounded : rounded;
+}
+
+// The page id: a number of 2^63 or more is read from its digits in the text,
+// since the parsed value holds it as a rounded double.
+quint64 pageValue(const QJsonValue &value, QStringView text)
+{
+    if (value.isDouble() && value.toDouble() >= 0x1p63) {
+        if (const auto exact = DoodleJsonText::unsignedMember(text, key(PelDoodlePageIdKey)))
+            return *exact;
+    }
+    return unsignedValue<quint64>(value);
+}
+
+// The page member is inserted as 0 and its exact digits written into the text.
+QString withPage(const QString &text, quint64 page)
+{
+    return DoodleJsonText::withMemberValue(text, key(PelDoodlePageIdKey), QString::number(page));
 }
 
 // "rotate": the float value truncated toward zero.
@@ -337,12 +362,8 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
         brush.insert(key(PelDoodleColorKey), qint64(HexadecimalColorFromUIColor(a.brushColor())));
     if (!brush.isEmpty())
         object.insert(key(PelDoodleBrushKey), brush);
-    // JSON integers stop at 2^63 - 1; larger pages travel as the nearest double.
-    const quint64 page = a.pageNumber();
-    object.insert(key(PelDoodlePageIdKey), page <= quint64(std::numeric_limits<qint64>::max())
-                                               ? QJsonValue(qint64(page))
-                                               : QJsonValue(double(page)));
-    const QString header = objToJson(object);
+    object.insert(key(PelDoodlePageIdKey), qint64(0));
+    const QString header = withPage(objToJson(object), a.pageNumber());
 
     switch (type) {
     case DoodleActionTypeStroke:
@@ -374,7 +395,7 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
             object.insert(key(PelDoodleContentKey), a.userDefined());
         break;
     }
-    return objToJson(object);
+    return withPage(objToJson(object), a.pageNumber());
 }
 
 DoodleActionPtr DoodleTranslate::doodleActionFromString(const QString &text)
@@ -398,7 +419,7 @@ DoodleActionPtr DoodleTranslate::doodleActionFromString(const QString &text)
         } else if (name == key(PelDoodleUserUriKey)) {
             action->setUserId(stringValue(value));
         } else if (name == key(PelDoodlePageIdKey)) {
-            action->setPageNumber(unsignedValue<quint64>(value));
+            action->setPageNumber(pageValue(value, text));
         } else if (name == key(PelDoodleBrushKey)) {
             readBrush(*action, value);
         } else if (name == key(PelDoodlePositionKey)) {
@@ -453,14 +474,14 @@ QJsonValue DoodleTranslate::jsonToObj(const QJsonValue &value)
     return parseJson(value.toString().toUtf8());
 }
 
-QColor UIColorFromHexadecimalColor(quint32 value)
+DoodleColor UIColorFromHexadecimalColor(quint32 value)
 {
     auto component = [](quint32 byte) { return float(double(byte) / 255.0); };
-    return QColor::fromRgbF(component((value >> 16) & 0xFF), component((value >> 8) & 0xFF),
-                            component(value & 0xFF), component(value >> 24));
+    return DoodleColor::fromRgbF(component((value >> 16) & 0xFF), component((value >> 8) & 0xFF),
+                                 component(value & 0xFF), component(value >> 24));
 }
 
-quint32 HexadecimalColorFromUIColor(const QColor &color)
+quint32 HexadecimalColorFromUIColor(const DoodleColor &color)
 {
     if (!color.isValid())
         return 0;

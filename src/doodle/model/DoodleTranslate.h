@@ -2,9 +2,9 @@
 
 #include <doodle/DoodleExport.h>
 #include <doodle/model/DoodleAction.h>
+#include <doodle/model/DoodleColor.h>
 #include <doodle/model/DoodleKeys.h>
 
-#include <QColor>
 #include <QJsonValue>
 #include <QString>
 
@@ -27,7 +27,7 @@ public:
 };
 
 // 0xAARRGGBB to a colour; each component is narrowed to a 32-bit float.
-DOODLE_EXPORT QColor UIColorFromHexadecimalColor(quint32 value);
-// A colour to 0xAARRGGBB; components are truncated, so 0.5 gives 127.
-// An invalid colour gives 0.
-DOODLE_EXPORT quint32 HexadecimalColorFromUIColor(const QColor &color);
+DOODLE_EXPORT DoodleColor UIColorFromHexadecimalColor(quint32 value);
+// A colour to 0xAARRGGBB; each float component times 255 is truncated, so 0.5
+// gives 127. An invalid colour gives 0.
+DOODLE_EXPORT quint32 HexadecimalColorFromUIColor(const DoodleColor &color);
