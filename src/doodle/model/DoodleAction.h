@@ -56,6 +56,10 @@ public:
     void setUserId(const QString &userId) { m_userId = userId; }
     QString userDefined() const { return m_userDefined; }
     void setUserDefined(const QString &userDefined) { m_userDefined = userDefined; }
+    // The order stamp (a Lamport clock; 0: none). For an undo, the stamp of the
+    // drawing it takes back. Carried in a member that older clients ignore.
+    quint64 seqNo() const { return m_seqNo; }
+    void setSeqNo(quint64 stamp) { m_seqNo = stamp; }
     quint64 pageNumber() const { return m_pageNumber; }
     void setPageNumber(quint64 page) { m_pageNumber = page; }
     float brushWidth() const { return m_brushWidth; }
@@ -96,6 +100,7 @@ private:
     QString m_userId;
     QString m_userDefined;
     quint64 m_pageNumber = 0;
+    quint64 m_seqNo = 0;
     float m_brushWidth = 0;
     DoodleColor m_brushColor;
     QString m_stickerUnicode;

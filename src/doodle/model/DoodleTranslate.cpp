@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr quint64 kLargestStamp = (quint64(1) << 53) - 1;
+
 QLatin1String key(const char *name)
 {
     return QLatin1String(name);
@@ -364,6 +366,9 @@ QString DoodleTranslate::stringFromDoodleAction(const DoodleActionPtr &action)
         object.insert(key(PelDoodleBrushKey), brush);
     object.insert(key(PelDoodlePageIdKey), qint64(0));
     const QString header = withPage(objToJson(object), a.pageNumber());
+    // Stamps stay below 2^53, where every JSON reader keeps integers exact.
+    if (a.seqNo() != 0)
+        object.insert(key(PelDoodleSeqNoKey), qint64(std::min<quint64>(a.seqNo(), kLargestStamp)));
 
     switch (type) {
     case DoodleActionTypeStroke:
@@ -420,6 +425,8 @@ DoodleActionPtr DoodleTranslate::doodleActionFromString(const QString &text)
             action->setUserId(stringValue(value));
         } else if (name == key(PelDoodlePageIdKey)) {
             action->setPageNumber(pageValue(value, text));
+        } else if (name == key(PelDoodleSeqNoKey)) {
+            action->setSeqNo(std::min(unsignedValue<quint64>(value), kLargestStamp));
         } else if (name == key(PelDoodleBrushKey)) {
             readBrush(*action, value);
         } else if (name == key(PelDoodlePositionKey)) {
