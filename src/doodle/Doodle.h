@@ -12,3 +12,6 @@
 #include <doodle/canvas/ZQDoodleView.h>
 #include <doodle/controller/DoodleLayoutDelegate.h>
 #include <doodle/controller/DoodleLayout.h>
+#include <doodle/toolbar/ZQDoodleRoundedView.h>
+#include <doodle/toolbar/ZQDoodleButton.h>
+#include <doodle/toolbar/ZQDoodleToolbar.h>
