@@ -15,3 +15,5 @@
 #include <doodle/toolbar/ZQDoodleRoundedView.h>
 #include <doodle/toolbar/ZQDoodleButton.h>
 #include <doodle/toolbar/ZQDoodleToolbar.h>
+#include <doodle/toolbar/ZQDoodleButtonView.h>
+#include <doodle/toolbar/ZQColourToolbar.h>
