@@ -17,3 +17,6 @@
 #include <doodle/toolbar/ZQDoodleToolbar.h>
 #include <doodle/toolbar/ZQDoodleButtonView.h>
 #include <doodle/toolbar/ZQColourToolbar.h>
+#include <doodle/toolbar/BrushLineView.h>
+#include <doodle/toolbar/BrushColorView.h>
+#include <doodle/toolbar/BrushColorButton.h>

@@ -59,6 +59,32 @@ inline void tap(QWidget *widget, Input input, QPoint at = QPoint())
     }
 }
 
+// Presses at `from`, moves halfway and to `to`, and lifts there.
+inline void drag(QWidget *widget, Input input, const QPoint &from, const QPoint &to)
+{
+    const QPoint middle = (from + to) / 2;
+    switch (input) {
+    case Input::Mouse:
+        QTest::mousePress(widget, Qt::LeftButton, {}, from);
+        QTest::mouseMove(widget, middle);
+        QTest::mouseMove(widget, to);
+        QTest::mouseRelease(widget, Qt::LeftButton, {}, to);
+        break;
+    case Input::Touch:
+        QTest::touchEvent(widget, touchscreen()).press(0, from, widget);
+        QTest::touchEvent(widget, touchscreen()).move(0, middle, widget);
+        QTest::touchEvent(widget, touchscreen()).move(0, to, widget);
+        QTest::touchEvent(widget, touchscreen()).release(0, to, widget);
+        break;
+    case Input::Stylus:
+        sendStylus(widget, QEvent::TabletPress, from);
+        sendStylus(widget, QEvent::TabletMove, middle);
+        sendStylus(widget, QEvent::TabletMove, to);
+        sendStylus(widget, QEvent::TabletRelease, to);
+        break;
+    }
+}
+
 // The fraction of an image's pixels that are at least half opaque.
 inline double coverage(const QImage &image)
 {

@@ -1,4 +1,9 @@
 target_sources(doodle PRIVATE
+    doodle/toolbar/BrushColorButton.cpp
+    doodle/toolbar/BrushColorView.cpp
+    doodle/toolbar/BrushLineView.cpp
+    doodle/toolbar/BrushWidthSlider.cpp
+    doodle/toolbar/BrushWidthSlider_p.h
     doodle/toolbar/DoodleBitmap.cpp
     doodle/toolbar/DoodleBitmap_p.h
     doodle/toolbar/DoodlePointer.cpp
@@ -13,6 +18,9 @@ target_sources(doodle PRIVATE
     doodle/toolbar/ZQDoodleToolbar.cpp
     doodle/toolbar/ZQDoodleToolbar_p.h)
 target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+    doodle/toolbar/BrushColorButton.h
+    doodle/toolbar/BrushColorView.h
+    doodle/toolbar/BrushLineView.h
     doodle/toolbar/ZQColourToolbar.h
     doodle/toolbar/ZQDoodleButton.h
     doodle/toolbar/ZQDoodleButtonView.h
