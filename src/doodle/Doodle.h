@@ -13,3 +13,11 @@
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/support/DoodleWeak.h>
+#include <doodle/toolbar/BrushColorButton.h>
+#include <doodle/toolbar/BrushColorView.h>
+#include <doodle/toolbar/BrushLineView.h>
+#include <doodle/toolbar/ZQColourToolbar.h>
+#include <doodle/toolbar/ZQDoodleButton.h>
+#include <doodle/toolbar/ZQDoodleButtonView.h>
+#include <doodle/toolbar/ZQDoodleRoundedView.h>
+#include <doodle/toolbar/ZQDoodleToolbar.h>

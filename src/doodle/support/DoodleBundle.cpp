@@ -4,7 +4,11 @@
 #include "DoodleScreen.h"
 
 #include <QFile>
+#include <QHash>
+#include <QPainter>
+#include <QSvgRenderer>
 #include <QXmlStreamReader>
+#include <QtMath>
 
 namespace {
 
@@ -37,6 +41,27 @@ QStringList readArrayValues(const QString &path, bool *ok)
     }
     *ok = sawArray && !xml.hasError();
     return *ok ? values : QStringList();
+}
+
+// Renders SVG artwork at a logical size and scale; a null image when the
+// file is not valid SVG or the size is empty.
+QImage renderSvg(const QString &path, QSizeF size, double scale)
+{
+    QSvgRenderer renderer(path);
+    if (!renderer.isValid())
+        return {};
+    if (size.isEmpty())
+        size = renderer.defaultSize();
+    const QSize pixels(qCeil(size.width() * scale), qCeil(size.height() * scale));
+    if (pixels.isEmpty())
+        return {};
+    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(scale);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    renderer.render(&painter, QRectF(QPointF(), size));
+    return image;
 }
 
 } // namespace
@@ -77,4 +102,27 @@ QString DoodleBundle::scaledTableName(const QString &baseName)
 {
     const bool twoX = DoodleScreen::scale() == 2.0;
     return baseName + (twoX ? QStringLiteral("_2x") : QStringLiteral("_3x"));
+}
+
+QImage DoodleBundle::image(const QString &name, const QString &type, const QSizeF &logicalSize)
+{
+    // Tool bars rebuild their buttons on every layout; the artwork is drawn once
+    // per name, size and scale. The set of names is the bundle's, so it stays small.
+    static QHash<QString, QImage> cache;
+    const double scale = DoodleScreen::scale();
+    const QString key = QStringLiteral("%1.%2 %3x%4@%5")
+                            .arg(name, type)
+                            .arg(logicalSize.width())
+                            .arg(logicalSize.height())
+                            .arg(scale);
+    const auto cached = cache.constFind(key);
+    if (cached != cache.constEnd())
+        return *cached;
+    const QString path = pathForResource(name, QStringLiteral("svg"));
+    const QImage image = path.isNull() ? QImage() : renderSvg(path, logicalSize, scale);
+    if (image.isNull())
+        DOODLE_LOG(QStringLiteral("resource image %1 is missing or malformed").arg(name));
+    else
+        cache.insert(key, image);
+    return image;
 }

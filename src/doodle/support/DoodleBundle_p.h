@@ -2,7 +2,9 @@
 
 #include <doodle/DoodleExport.h>
 
+#include <QImage>
 #include <QList>
+#include <QSizeF>
 #include <QString>
 #include <QStringList>
 
@@ -23,4 +25,10 @@ public:
     // The name of a size table for the current screen: "_2x" at a scale of
     // exactly 2, "_3x" at every other scale.
     static QString scaledTableName(const QString &baseName);
+    // The image `name` as the screen shows it: the bundle's artwork for that name
+    // (an SVG file, whatever raster `type` the caller names) rendered at
+    // `logicalSize`, or at the artwork's own size when that is empty, times the
+    // screen scale. A null image, with a log line, when there is no such artwork.
+    static QImage image(const QString &name, const QString &type,
+                        const QSizeF &logicalSize = QSizeF());
 };

@@ -1,0 +1,116 @@
+#include "BrushWidthSlider_p.h"
+
+#include "DoodlePointer_p.h"
+
+#include <QEvent>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace {
+constexpr double kTrackHeight = 2.0;
+}
+
+BrushWidthSlider::BrushWidthSlider(QWidget *parent) : QWidget(parent)
+{
+    setAttribute(Qt::WA_AcceptTouchEvents);
+    setAccessibleName(tr("Width"));
+}
+
+void BrushWidthSlider::setRange(float minimum, float maximum)
+{
+    m_minimum = minimum;
+    m_maximum = std::max(minimum, maximum);
+    setValue(m_value);
+}
+
+void BrushWidthSlider::setValue(float value)
+{
+    m_value = std::clamp(value, m_minimum, m_maximum);
+    update();
+}
+
+void BrushWidthSlider::setThumbImage(const QImage &image)
+{
+    m_thumb = image;
+    update();
+}
+
+void BrushWidthSlider::setTrackColors(const QColor &minimumSide, const QColor &maximumSide)
+{
+    m_minimumTrack = minimumSide;
+    m_maximumTrack = maximumSide;
+    update();
+}
+
+double BrushWidthSlider::thumbWidth() const
+{
+    return m_thumb.isNull() ? 0.0 : m_thumb.deviceIndependentSize().width();
+}
+
+double BrushWidthSlider::positionOf(float value) const
+{
+    const double travel = width() - thumbWidth();
+    const double range = double(m_maximum) - double(m_minimum);
+    const double fraction = range > 0 ? (double(value) - double(m_minimum)) / range : 0.0;
+    return thumbWidth() * 0.5 + travel * fraction;
+}
+
+void BrushWidthSlider::moveTo(double x)
+{
+    const double travel = width() - thumbWidth();
+    const double fraction =
+        travel > 0 ? std::clamp((x - thumbWidth() * 0.5) / travel, 0.0, 1.0) : 0.0;
+    const float value =
+        float(double(m_minimum) + fraction * (double(m_maximum) - double(m_minimum)));
+    if (value == m_value)
+        return;
+    setValue(value);
+    emit valueChanged(m_value);
+}
+
+bool BrushWidthSlider::event(QEvent *event)
+{
+    const std::optional<DoodlePointer> pointer = DoodlePointer::read(event);
+    if (!pointer)
+        return QWidget::event(event);
+    switch (pointer->phase) {
+    case DoodlePointer::Phase::Press:
+        m_tracking = true;
+        moveTo(pointer->position.x());
+        break;
+    case DoodlePointer::Phase::Move:
+        if (!m_tracking)
+            return QWidget::event(event);
+        moveTo(pointer->position.x());
+        break;
+    case DoodlePointer::Phase::Release:
+        if (m_tracking)
+            moveTo(pointer->position.x());
+        m_tracking = false;
+        break;
+    case DoodlePointer::Phase::Cancel:
+        m_tracking = false;
+        break;
+    }
+    event->accept();
+    return true;
+}
+
+void BrushWidthSlider::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    const double thumbX = positionOf(m_value);
+    const double trackY = (height() - kTrackHeight) * 0.5;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(m_maximumTrack);
+    painter.drawRoundedRect(QRectF(0, trackY, width(), kTrackHeight), 1, 1);
+    painter.setBrush(m_minimumTrack);
+    painter.drawRoundedRect(QRectF(0, trackY, thumbX, kTrackHeight), 1, 1);
+    if (m_thumb.isNull())
+        return;
+    QRectF thumb(QPointF(), m_thumb.deviceIndependentSize());
+    thumb.moveCenter(QPointF(thumbX, height() * 0.5));
+    painter.drawImage(thumb, m_thumb);
+}

@@ -1,0 +1,217 @@
+// The three controls offered to hosts: the width preview with its slider, the
+// ten-colour picker with its forgiving touch targets, and the colour button.
+#include "ToolbarTesting.h"
+
+#include <doodle/support/DoodleScreen.h>
+#include <doodle/toolbar/BrushColorButton.h>
+#include <doodle/toolbar/BrushColorView.h>
+#include <doodle/toolbar/BrushLineView.h>
+#include <doodle/toolbar/ZQDoodleButton.h>
+
+namespace {
+
+struct RecordingDelegate : BrushColorViewDelegate
+{
+    QList<QColor> colours;
+    void brushColorView(BrushColorView *, const QColor &colour) override { colours << colour; }
+};
+
+// A shown colour picker of 220 x 80: swatches 20 across, rows 13.333 apart.
+struct ShownPicker
+{
+    explicit ShownPicker(const QColor &colour = QColor(1, 130, 255))
+        : view(QRect(0, 0, 220, 80), colour)
+    {
+        view.setDelegate(&delegate);
+        view.show();
+        if (!QTest::qWaitForWindowExposed(&view))
+            qWarning("the picker's window was not exposed");
+    }
+    BrushColorView view;
+    RecordingDelegate delegate;
+};
+
+QColor palette(int index)
+{
+    return BrushColorView::brushColorArray().at(index);
+}
+
+} // namespace
+
+class TestBrushControls : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { DoodleScreen::setScaleOverride(1); }
+    void cleanup() { DoodleScreen::setScaleOverride(0); }
+
+    void thePreviewFollowsTheSliderAroundItsCentre_data()
+    {
+        QTest::addColumn<Input>("input");
+        QTest::addColumn<int>("to");
+        QTest::addColumn<double>("width");
+        // The slider is 126 wide; its 28-point thumb travels from 14 to 112.
+        QTest::newRow("mouse to the end") << Input::Mouse << 200 << 22.0;
+        QTest::newRow("touch to the start") << Input::Touch << 0 << 2.0;
+        QTest::newRow("stylus to the middle") << Input::Stylus << 63 << 12.0;
+    }
+    void thePreviewFollowsTheSliderAroundItsCentre()
+    {
+        QFETCH(Input, input);
+        QFETCH(int, to);
+        QFETCH(double, width);
+        BrushLineView view(QRect(0, 0, 200, 44), Qt::red, 8);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QCOMPARE(view.previewRect(), QRectF(21.2, 18, 8, 8));
+        QWidget *slider = view.widthSlider();
+        QCOMPARE(slider->geometry(), QRect(50, 0, 126, 44));
+        drag(slider, input, QPoint(40, 22), QPoint(to, 22));
+        QCOMPARE(view.getWidth(), width);
+        QCOMPARE(view.previewRect().size(), QSizeF(width, width));
+        QCOMPARE(view.previewRect().center(), QPointF(25.2, 22));
+        // Even a disc 2 across colours the pixel under its centre.
+        const QColor centre = colourAt(rendered(&view), view.previewRect().center());
+        QVERIFY2(centre.red() > 200 && centre.green() < 40, qPrintable(centre.name()));
+    }
+
+    void theEraserPreviewIsAnOutline()
+    {
+        BrushLineView view(QRect(0, 0, 200, 44), QColor(), 20);
+        QCOMPARE(view.color(), QColor(Qt::white));
+        const QColor background = colourAt(rendered(&view), {100, 4});
+        view.setType(1);
+        QImage image = rendered(&view);
+        QCOMPARE(colourAt(image, {25, 22}), background);
+        QVERIFY(colourAt(image, {25.2, 12.5}).lightness() > 180); // the ring at the top
+        view.setType(0);
+        QCOMPARE(colourAt(rendered(&view), {25, 22}), QColor(Qt::white));
+    }
+
+    void swatchesSitInTwoRowsOfFive_data()
+    {
+        QTest::addColumn<int>("tag");
+        QTest::addColumn<QPointF>("origin");
+        QTest::newRow("first") << 1 << QPointF(20, 40 / 3.0);
+        QTest::newRow("fifth") << 5 << QPointF(180, 40 / 3.0);
+        QTest::newRow("sixth") << 6 << QPointF(20, 20 + 80 / 3.0);
+        QTest::newRow("last") << 10 << QPointF(180, 20 + 80 / 3.0);
+    }
+    void swatchesSitInTwoRowsOfFive()
+    {
+        QFETCH(int, tag);
+        QFETCH(QPointF, origin);
+        ShownPicker shown;
+        const ZQDoodleButton *swatch = shown.view.swatchWithTag(tag);
+        QVERIFY(swatch);
+        QCOMPARE(swatch->frame(), QRectF(origin, QSizeF(20, 20)));
+        QCOMPARE(colourAt(rendered(&shown.view), swatch->frame().center()), palette(tag - 1));
+    }
+
+    void theGivenColourIsRingedAndReportedOnHiding_data()
+    {
+        QTest::addColumn<QColor>("given");
+        QTest::addColumn<int>("tag");
+        QTest::newRow("blue") << QColor(1, 130, 255) << 5;
+        QTest::newRow("black") << QColor(Qt::black) << 10;
+        QTest::newRow("not in the palette") << QColor(1, 2, 3) << 0;
+    }
+    void theGivenColourIsRingedAndReportedOnHiding()
+    {
+        QFETCH(QColor, given);
+        QFETCH(int, tag);
+        ShownPicker shown(given);
+        QCOMPARE(shown.view.selectedTag(), tag);
+        for (int t = 1; t <= 10; ++t)
+            QCOMPARE(shown.view.swatchWithTag(t)->borderWidth(), t == tag ? 2.0 : 0.0);
+        QVERIFY(shown.delegate.colours.isEmpty());
+        shown.view.hide();
+        QCOMPARE(shown.delegate.colours, tag ? QList<QColor>({palette(tag - 1)}) : QList<QColor>());
+    }
+
+    void tapsPickTheNearestSwatchEvenBetweenThem_data()
+    {
+        QTest::addColumn<Input>("input");
+        QTest::addColumn<QPoint>("at");
+        QTest::addColumn<int>("tag");
+        QTest::newRow("on a swatch, mouse") << Input::Mouse << QPoint(150, 60) << 9;
+        QTest::newRow("right of the first, touch") << Input::Touch << QPoint(45, 23) << 1;
+        QTest::newRow("right of the first, stylus") << Input::Stylus << QPoint(45, 23) << 1;
+        // Straight above the first centre its radicand is negative: the next one wins.
+        QTest::newRow("above the first, mouse") << Input::Mouse << QPoint(30, 5) << 2;
+        QTest::newRow("above the first, touch") << Input::Touch << QPoint(30, 5) << 2;
+    }
+    void tapsPickTheNearestSwatchEvenBetweenThem()
+    {
+        QFETCH(Input, input);
+        QFETCH(QPoint, at);
+        QFETCH(int, tag);
+        ShownPicker shown;
+        QWidget *target = shown.view.childAt(at) ? shown.view.childAt(at) : &shown.view;
+        tap(target, input, target->mapFrom(&shown.view, at));
+        QCOMPARE(shown.delegate.colours, QList<QColor>({palette(tag - 1)}));
+        QCOMPARE(shown.view.selectedTag(), tag);
+        QVERIFY(shown.view.swatchWithTag(tag)->isSelected());
+        // The ring stays where the configuration put it.
+        QCOMPARE(shown.view.swatchWithTag(5)->borderWidth(), 2.0);
+    }
+
+    void hitTestKeepsTheLowerTagOnATieAndIsNothingOutside_data()
+    {
+        QTest::addColumn<QPointF>("at");
+        QTest::addColumn<int>("tag");
+        QTest::newRow("halfway between the first two") << QPointF(50, 70 / 3.0) << 1;
+        QTest::newRow("outside") << QPointF(-1, 10) << -1;
+    }
+    void hitTestKeepsTheLowerTagOnATieAndIsNothingOutside()
+    {
+        QFETCH(QPointF, at);
+        QFETCH(int, tag);
+        ShownPicker shown;
+        QWidget *hit = shown.view.hitTest(at);
+        QCOMPARE(hit, tag < 0 ? nullptr : shown.view.swatchWithTag(tag));
+    }
+
+    void theColourButtonIsADiscAsLargeAsItsShorterSide_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QRectF>("disc");
+        QTest::newRow("wide") << QSize(40, 30) << QRectF(5, 0, 30, 30);
+        QTest::newRow("tall") << QSize(30, 50) << QRectF(0, 10, 30, 30);
+    }
+    void theColourButtonIsADiscAsLargeAsItsShorterSide()
+    {
+        QFETCH(QSize, size);
+        QFETCH(QRectF, disc);
+        BrushColorButton button;
+        button.setTintColor(Qt::green);
+        button.resize(size);
+        button.show();
+        QCOMPARE(button.discRect(), disc);
+        const QPointF edge(disc.left() + 1, disc.center().y());
+        QCOMPARE(colourAt(rendered(&button), disc.center()), QColor(Qt::green));
+        QCOMPARE(colourAt(rendered(&button), edge), QColor(Qt::green));
+        QCOMPARE(colourAt(rendered(&button), {disc.left() + 2, disc.top() + 2}).alpha(), 0);
+        button.setSelected(true);
+        QCOMPARE(button.discBorderWidth(), 2.0);
+        QCOMPARE(colourAt(rendered(&button), edge), QColor(Qt::white));
+        button.setSelected(false);
+        QCOMPARE(colourAt(rendered(&button), edge), QColor(Qt::green));
+    }
+
+    void theColourButtonClicksOnEveryKindOfTap_data() { addInputRows(); }
+    void theColourButtonClicksOnEveryKindOfTap()
+    {
+        QFETCH(Input, input);
+        BrushColorButton button;
+        button.resize(40, 40);
+        button.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&button));
+        QSignalSpy clicks(&button, &BrushColorButton::clicked);
+        tap(&button, input);
+        QCOMPARE(clicks.size(), 1);
+    }
+};
+
+QTEST_MAIN(TestBrushControls)
+#include "tst_BrushControls.moc"

@@ -1,0 +1,312 @@
+// The main tool bar: its buttons, their places, marks and colours, and the
+// taps it reports, driven with the mouse, a finger and a stylus.
+#include "ToolbarTesting.h"
+
+#include <doodle/support/DoodleScreen.h>
+#include <doodle/toolbar/ZQDoodleButton.h>
+#include <doodle/toolbar/ZQDoodleToolbar.h>
+
+namespace {
+
+const QList<qint64> kDisplayOrder = {1, 9, DoodleToolbarButtonTypeDivider, 2,  3, 4, 5, 6,
+                                     7, 8, DoodleToolbarButtonTypeDivider, 10, 11};
+
+struct Tap
+{
+    ZQDoodleToolbar *bar;
+    ZQDoodleButton *button;
+    qint64 type;
+};
+
+struct RecordingDelegate : DoodleToolbarDelegate
+{
+    QList<Tap> taps;
+    void doodleToolbar(ZQDoodleToolbar *bar, ZQDoodleButton *button, qint64 type) override
+    {
+        taps.append({bar, button, type});
+    }
+};
+
+// A shown bar of the given size, laid out.
+struct ShownBar
+{
+    explicit ShownBar(const QSize &size = QSize(400, 30), qint32 mode = 0)
+    {
+        bar.setActionMode(mode);
+        bar.setDelegate(&delegate);
+        bar.resize(size);
+        bar.show();
+        bar.layoutSubviews();
+    }
+    ZQDoodleButton *button(qint64 type) const
+    {
+        for (ZQDoodleButton *b : bar.buttons())
+            if (b->type() == type)
+                return b;
+        return nullptr;
+    }
+    ZQDoodleToolbar bar;
+    RecordingDelegate delegate;
+};
+
+} // namespace
+
+class TestDoodleToolbar : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { DoodleScreen::setScaleOverride(1); }
+    void cleanup() { DoodleScreen::setScaleOverride(0); }
+
+    void buttonsComeInDisplayOrderWithNamesForEveryTool()
+    {
+        ShownBar shown;
+        QList<qint64> types;
+        QStringList names;
+        for (ZQDoodleButton *button : shown.bar.buttons()) {
+            types << button->type();
+            if (button->type() != DoodleToolbarButtonTypeDivider)
+                names << button->accessibleName() + "/" + button->toolTip();
+        }
+        QCOMPARE(types, kDisplayOrder);
+        QCOMPARE(names, QStringList({"Undo/Undo", "Clear/Clear", "Colour/Colour", "Pen/Pen",
+                                     "Eraser/Eraser", "Ellipse/Ellipse", "Rectangle/Rectangle",
+                                     "Arrow/Arrow", "Text/Text", "Save/Save", "Close/Close"}));
+    }
+
+    void elementsSitWhereTheLayoutPutsThem_data()
+    {
+        QTest::addColumn<bool>("horizontal");
+        QTest::addColumn<QSize>("barSize");
+        QTest::addColumn<double>("buttonSide");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QRectF>("frame");
+        const double s = 5.230769157409668; // (400 - 330 - 2) / 13 as a float
+        QTest::newRow("row: first button")
+            << true << QSize(400, 44) << 30.0 << 0 << QRectF(2.615384578704834, 7, 30, 30);
+        QTest::newRow("row: first divider")
+            << true << QSize(400, 44) << 30.0 << 2 << QRectF(73.07692289352417, 11, 1, 22);
+        QTest::newRow("row: after a divider")
+            << true << QSize(400, 44) << 30.0 << 3 << QRectF(79.30769205093384, 7, 30, 30);
+        QTest::newRow("row: close")
+            << true << QSize(400, 44) << 30.0 << 12 << QRectF(367.38461446762085, 7, 30, 30);
+        QTest::newRow("row: wider bar")
+            << true << QSize(600, 30) << 30.0 << 3 << QRectF(133.15384769439697, 0, 30, 30);
+        // Smaller buttons leave the spacing as it was: it counts 30 a button.
+        QTest::newRow("row: 24-point buttons")
+            << true << QSize(400, 44) << 24.0 << 3 << QRectF(67.30769205093384, 10, 24, 24);
+        QTest::newRow("column: first button")
+            << false << QSize(400, 600) << 30.0 << 0 << QRectF(185, s - 1, 30, 30);
+        QTest::newRow("column: divider as wide as half the bar")
+            << false << QSize(400, 600) << 30.0 << 2 << QRectF(100, 76.692307472229, 1, 200);
+        QTest::newRow("column: after a divider")
+            << false << QSize(400, 600) << 30.0 << 3 << QRectF(185, 75.692307472229, 30, 30);
+        QTest::newRow("column: close")
+            << false << QSize(400, 600) << 30.0 << 12 << QRectF(185, 358.53846073150635, 30, 30);
+        QTest::newRow("column: 24-point buttons")
+            << false << QSize(400, 600) << 24.0 << 0 << QRectF(188, 7.230769157409668, 24, 24);
+    }
+    void elementsSitWhereTheLayoutPutsThem()
+    {
+        QFETCH(bool, horizontal);
+        QFETCH(QSize, barSize);
+        QFETCH(double, buttonSide);
+        QFETCH(int, index);
+        QFETCH(QRectF, frame);
+        ZQDoodleToolbar bar;
+        bar.setHorizontal(horizontal);
+        bar.setButtonSize(QSizeF(buttonSide, buttonSide));
+        bar.resize(barSize);
+        bar.show(); // a shown bar lays itself out
+        QCOMPARE(bar.buttonSpacing(), float((barSize.width() - 332.0) / 13));
+        const ZQDoodleButton *element = bar.buttons().at(index);
+        const QRectF actual = element->frame();
+        QVERIFY2(qAbs(actual.x() - frame.x()) < 1e-9 && qAbs(actual.y() - frame.y()) < 1e-9 &&
+                     actual.size() == frame.size(),
+                 qPrintable(QStringLiteral("%1,%2 %3x%4")
+                                .arg(actual.x(), 0, 'g', 17)
+                                .arg(actual.y(), 0, 'g', 17)
+                                .arg(actual.width())
+                                .arg(actual.height())));
+        QCOMPARE(element->geometry(), QRect(qRound(frame.x()), qRound(frame.y()),
+                                            qRound(frame.width()), qRound(frame.height())));
+    }
+
+    void aLayoutMarksTheActionModesTool_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<qint64>("selected");
+        QTest::newRow("none") << 0 << qint64(0);
+        QTest::newRow("brush") << 1 << qint64(DoodleToolbarButtonTypeWidth);
+        QTest::newRow("eraser") << 2 << qint64(DoodleToolbarButtonTypeEraser);
+        QTest::newRow("rectangle") << 3 << qint64(DoodleToolbarButtonTypeRect);
+        QTest::newRow("ellipse") << 4 << qint64(DoodleToolbarButtonTypeOval);
+        QTest::newRow("arrow") << 5 << qint64(DoodleToolbarButtonTypeArrow);
+        QTest::newRow("text") << 6 << qint64(DoodleToolbarButtonTypeText);
+        QTest::newRow("unknown") << 7 << qint64(0);
+    }
+    void aLayoutMarksTheActionModesTool()
+    {
+        QFETCH(int, mode);
+        QFETCH(qint64, selected);
+        ShownBar shown(QSize(400, 30), 1);
+        shown.button(DoodleToolbarButtonTypeOval)->setSelected(true); // lost at the next layout
+        shown.bar.setActionMode(mode);
+        QCOMPARE(shown.button(DoodleToolbarButtonTypeWidth)->isSelected(), true); // not yet
+        shown.bar.layoutSubviews();
+        for (ZQDoodleButton *button : shown.bar.buttons()) {
+            QCOMPARE(button->isSelected(), button->type() == selected);
+            if (button->isSelected())
+                QCOMPARE(button->currentImage(), button->selectedImage());
+        }
+    }
+
+    void tapsReportTheButtonAndItsTypeOnly_data() { addInputRows(); }
+    void tapsReportTheButtonAndItsTypeOnly()
+    {
+        QFETCH(Input, input);
+        ShownBar shown(QSize(400, 30), 1);
+        QList<qint64> reported;
+        for (ZQDoodleButton *button : shown.bar.buttons()) {
+            const qsizetype before = shown.delegate.taps.size();
+            tap(button, input);
+            if (shown.delegate.taps.size() == before)
+                continue;
+            const Tap &last = shown.delegate.taps.constLast();
+            QCOMPARE(last.bar, &shown.bar);
+            QCOMPARE(last.button, button);
+            reported << last.type;
+        }
+        // Dividers report nothing, and the bar keeps no tool of its own.
+        QCOMPARE(reported, QList<qint64>({1, 9, 2, 3, 4, 5, 6, 7, 8, 10, 11}));
+        QVERIFY(shown.button(DoodleToolbarButtonTypeWidth)->isSelected());
+        QVERIFY(!shown.button(DoodleToolbarButtonTypeOval)->isSelected());
+    }
+
+    void aTapThatLaysTheBarOutAgainIsSafe()
+    {
+        ShownBar shown;
+        QObject::connect(shown.button(DoodleToolbarButtonTypeClose), &ZQDoodleButton::clicked,
+                         &shown.bar, [&] { shown.bar.layoutSubviews(); });
+        QPointer<ZQDoodleButton> old = shown.button(DoodleToolbarButtonTypeClose);
+        tap(old, Input::Mouse);
+        QCOMPARE(shown.delegate.taps.size(), 1);
+        QVERIFY(!shown.bar.buttons().contains(old.data()));
+        QVERIFY(!shown.bar.findChildren<ZQDoodleButton *>().contains(old.data()));
+        QTRY_VERIFY(old.isNull());
+    }
+
+    void touchesOnAButtonDoNotReachTheBoardBelow_data() { addInputRows(); }
+    void touchesOnAButtonDoNotReachTheBoardBelow()
+    {
+        QFETCH(Input, input);
+        struct Board : QWidget
+        {
+            Board() { setAttribute(Qt::WA_AcceptTouchEvents); }
+            int presses = 0;
+            bool event(QEvent *e) override
+            {
+                const auto type = e->type();
+                presses += type == QEvent::TouchBegin || type == QEvent::MouseButtonPress ||
+                           type == QEvent::TabletPress;
+                return QWidget::event(e);
+            }
+        } board;
+        board.resize(500, 100);
+        auto *bar = new ZQDoodleToolbar(false, &board);
+        bar->setGeometry(16, 50, 400, 30);
+        board.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&board));
+        for (ZQDoodleButton *button : bar->buttons())
+            tap(button, input);
+        QCOMPARE(board.presses, 0);
+    }
+
+    void theColourButtonShowsAColourDiscBehindItsIcon()
+    {
+        ShownBar shown;
+        ZQDoodleButton *colour = shown.button(DoodleToolbarButtonTypeColour);
+        // No brush colour yet: no disc, the ring's middle is empty.
+        QCOMPARE(colourAt(colour->normalImage(), {19, 19}).alpha(), 0);
+        QVERIFY(colour->selectedImage().isNull());
+
+        shown.bar.setColourButton(Qt::green);
+        QCOMPARE(colourAt(colour->normalImage(), {19, 19}), QColor(Qt::green));
+        QCOMPARE(colourAt(colour->selectedImage(), {19, 19}), QColor(Qt::green));
+        QVERIFY(!shown.bar.brushColor().isValid());
+
+        // The bar's own colour wins at the next layout.
+        shown.bar.setBrushColor(Qt::red);
+        QCOMPARE(colourAt(shown.button(DoodleToolbarButtonTypeColour)->normalImage(), {19, 19}),
+                 QColor(Qt::green));
+        shown.bar.layoutSubviews();
+        QCOMPARE(colourAt(shown.button(DoodleToolbarButtonTypeColour)->normalImage(), {19, 19}),
+                 QColor(Qt::red));
+    }
+
+    void theDiscIsInsetEightAtTheTopLeftAndFourteenAtTheBottomRight_data()
+    {
+        QTest::addColumn<QSizeF>("size");
+        QTest::addColumn<QRectF>("disc");
+        QTest::newRow("44") << QSizeF(44, 44) << QRectF(8, 8, 22, 22);
+        QTest::newRow("wide") << QSizeF(60, 40) << QRectF(8, 8, 38, 18);
+        QTest::newRow("22: no room") << QSizeF(22, 22) << QRectF();
+    }
+    void theDiscIsInsetEightAtTheTopLeftAndFourteenAtTheBottomRight()
+    {
+        QFETCH(QSizeF, size);
+        QFETCH(QRectF, disc);
+        for (const double scale : {1.0, 2.0, 3.0}) {
+            DoodleScreen::setScaleOverride(scale);
+            const QImage image = ZQDoodleToolbar::coloredImage(Qt::blue, size);
+            QCOMPARE(image.devicePixelRatio(), scale);
+            QCOMPARE(image.deviceIndependentSize(), size);
+            QRectF painted;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    if (qAlpha(image.pixel(x, y)) > 200)
+                        painted |= QRectF(x / scale, y / scale, 1 / scale, 1 / scale);
+            QVERIFY2(qAbs(painted.left() - disc.left()) <= 1 &&
+                         qAbs(painted.right() - disc.right()) <= 1 &&
+                         qAbs(painted.top() - disc.top()) <= 1 &&
+                         qAbs(painted.bottom() - disc.bottom()) <= 1,
+                     qPrintable(QStringLiteral("scale %1").arg(scale)));
+        }
+    }
+
+    void everyToolShowsItsIconAtEveryScale_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::newRow("1") << 1.0;
+        QTest::newRow("2") << 2.0;
+        QTest::newRow("3") << 3.0;
+    }
+    void everyToolShowsItsIconAtEveryScale()
+    {
+        QFETCH(double, scale);
+        DoodleScreen::setScaleOverride(scale);
+        ShownBar shown(QSize(400, 30), 1);
+        for (ZQDoodleButton *button : shown.bar.buttons()) {
+            if (button->type() == DoodleToolbarButtonTypeDivider)
+                continue;
+            const QByteArray name = button->accessibleName().toLatin1();
+            QCOMPARE(button->normalImage().devicePixelRatio(), scale);
+            // Light strokes that cover part of the button, as drawn on screen.
+            const QImage shownImage = rendered(button, scale);
+            qsizetype light = 0;
+            for (int y = 0; y < shownImage.height(); ++y)
+                for (int x = 0; x < shownImage.width(); ++x)
+                    light += QColor::fromRgba(shownImage.pixel(x, y)).lightness() > 200 ? 1 : 0;
+            const double lit = double(light) / double(shownImage.width() * shownImage.height());
+            QVERIFY2(lit > 0.03 && lit < 0.6, name);
+            // A selected tool is a filled tile, clearly not its line icon.
+            if (!button->selectedImage().isNull()) {
+                QVERIFY2(coverage(button->normalImage()) < 0.35, name);
+                QVERIFY2(coverage(button->selectedImage()) > 0.75, name);
+            }
+        }
+    }
+};
+
+QTEST_MAIN(TestDoodleToolbar)
+#include "tst_DoodleToolbar.moc"

@@ -1,0 +1,324 @@
+// The option picker and the colour tool bar: their choices read from the
+// bundle's tables, where they sit, how they look, and what a tap reports.
+#include "ToolbarTesting.h"
+
+#include <doodle/support/DoodleScreen.h>
+#include <doodle/toolbar/ZQColourToolbar.h>
+#include <doodle/toolbar/ZQDoodleButton.h>
+#include <doodle/toolbar/ZQDoodleButtonView.h>
+
+namespace {
+
+const QColor kRed = QColor::fromRgbF(1, 0, 0, 1);
+
+struct Choice
+{
+    ZQDoodleButtonView *picker;
+    qint64 index;
+    qint64 type;
+};
+
+struct RecordingDelegate : ZQDoodleButtonViewDelegate, ColourToolbarDelegate
+{
+    QList<Choice> choices;
+    QList<QColor> colours;
+    void doodleButtonView(ZQDoodleButtonView *picker, qint64 index, qint64 type) override
+    {
+        choices.append({picker, index, type});
+    }
+    void colourToolbar(ZQColourToolbar *, const QColor &colour) override { colours << colour; }
+};
+
+// A shown picker 32 high, as the board opens it.
+struct ShownPicker
+{
+    ShownPicker(qint64 type, int width, qint64 selectIndex = 0,
+                const QColor &colour = QColor(Qt::blue))
+        : picker(QRect(0, 0, width, 32), selectIndex, type, colour)
+    {
+        picker.setDelegate(&delegate);
+        picker.show();
+        if (!QTest::qWaitForWindowExposed(&picker))
+            qWarning("the picker's window was not exposed");
+    }
+    ZQDoodleButton *choice(int index) const { return picker.buttons().at(index); }
+    ZQDoodleButtonView picker;
+    RecordingDelegate delegate;
+};
+
+QList<double> frameXs(const QList<ZQDoodleButton *> &buttons)
+{
+    QList<double> xs;
+    for (const ZQDoodleButton *button : buttons)
+        xs << button->frame().x();
+    return xs;
+}
+
+} // namespace
+
+class TestOptionPickers : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { DoodleScreen::setScaleOverride(1); }
+    void cleanup() { DoodleScreen::setScaleOverride(0); }
+
+    void choicesSitCentredOnThePitchOfTheLargest_data()
+    {
+        QTest::addColumn<qint64>("type");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<QList<double>>("xs");
+        QTest::addColumn<QList<double>>("sides");
+        QTest::newRow("colours") << qint64(ZQDoodleButtonViewTypeColour) << 220
+                                 << QList<double>({4, 26, 48, 70, 92, 114, 136, 158, 180, 202})
+                                 << QList<double>(10, 14);
+        QTest::newRow("brush widths")
+            << qint64(ZQDoodleButtonViewTypeBrushWidth) << 125 << QList<double>({23, 44, 65, 86})
+            << QList<double>({10, 12, 14, 16});
+        QTest::newRow("eraser widths")
+            << qint64(ZQDoodleButtonViewTypeEraserWidth) << 100
+            << QList<double>({10.5, 31.5, 52.5, 73.5}) << QList<double>({10, 12, 14, 16});
+        QTest::newRow("text sizes")
+            << qint64(ZQDoodleButtonViewTypeTextSize) << 125 << QList<double>({19, 42, 65, 88})
+            << QList<double>({12, 14, 16, 18});
+    }
+    void choicesSitCentredOnThePitchOfTheLargest()
+    {
+        QFETCH(qint64, type);
+        QFETCH(int, width);
+        QFETCH(QList<double>, xs);
+        QFETCH(QList<double>, sides);
+        ShownPicker shown(type, width);
+        QCOMPARE(frameXs(shown.picker.buttons()), xs);
+        for (int i = 0; i < sides.size(); ++i) {
+            const QRectF frame = shown.choice(i)->frame();
+            QCOMPARE(frame.size(), QSizeF(sides.at(i), sides.at(i)));
+            QCOMPARE(frame.center().y(), 16.0);
+        }
+        QCOMPARE(shown.picker.buttonSize(), QSizeF(sides.last(), sides.last()));
+        QCOMPARE(shown.picker.cornerRadius(), 16.0);
+    }
+
+    void aTapReportsTheEntryAndItsValueOnce_data()
+    {
+        QTest::addColumn<qint64>("type");
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<Input>("input");
+        QTest::addColumn<QList<double>>("values");
+        // The "_2x" tables serve a scale of exactly 2, the "_3x" ones every other.
+        const QList<double> brush3x = {2, 4, 6, 9};
+        QTest::newRow("brush, scale 1, mouse") << qint64(1) << 1.0 << Input::Mouse << brush3x;
+        QTest::newRow("brush, scale 2, touch")
+            << qint64(1) << 2.0 << Input::Touch << QList<double>({2, 3, 5, 8});
+        QTest::newRow("brush, scale 3, stylus") << qint64(1) << 3.0 << Input::Stylus << brush3x;
+        QTest::newRow("eraser, scale 2, mouse")
+            << qint64(2) << 2.0 << Input::Mouse << QList<double>({10, 16, 24, 32});
+        QTest::newRow("text, scale 3, touch")
+            << qint64(3) << 3.0 << Input::Touch << QList<double>({16, 20, 26, 32});
+    }
+    void aTapReportsTheEntryAndItsValueOnce()
+    {
+        QFETCH(qint64, type);
+        QFETCH(double, scale);
+        QFETCH(Input, input);
+        QFETCH(QList<double>, values);
+        DoodleScreen::setScaleOverride(scale);
+        ShownPicker shown(type, 125, 1);
+        QCOMPARE(shown.picker.getWidth(), 0.0);
+        for (const int index : {3, 0, 2}) {
+            tap(shown.choice(index), input);
+            QCOMPARE(shown.picker.getWidth(), values.at(index));
+            QCOMPARE(shown.picker.selectIndex(), index);
+        }
+        tap(shown.choice(2), input); // already selected: nothing
+        QCOMPARE(shown.delegate.choices.size(), 3);
+        for (const Choice &choice : shown.delegate.choices) {
+            QCOMPARE(choice.picker, &shown.picker);
+            QCOMPARE(choice.type, type);
+        }
+        QCOMPARE(shown.delegate.choices.at(1).index, 0);
+    }
+
+    void theSelectedChoiceIsMarkedByItsBorder_data()
+    {
+        QTest::addColumn<qint64>("type");
+        QTest::addColumn<QColor>("other");
+        QTest::addColumn<QColor>("otherAfterAChoice");
+        QTest::addColumn<QColor>("selected");
+        QTest::addColumn<double>("borderWidth");
+        QTest::newRow("colours") << qint64(0) << QColor(Qt::white) << QColor(Qt::white) << kRed
+                                 << 1.0;
+        QTest::newRow("brush widths")
+            << qint64(1) << QColor(Qt::white) << QColor(Qt::white) << kRed << 0.5;
+        // Eraser dots start light grey and turn white at the first choice.
+        QTest::newRow("eraser widths")
+            << qint64(2) << QColor::fromRgbF(2 / 3.0f, 2 / 3.0f, 2 / 3.0f) << QColor(Qt::white)
+            << kRed << 1.0;
+        QTest::newRow("text sizes") << qint64(3) << QColor(Qt::transparent)
+                                    << QColor(Qt::transparent) << QColor(Qt::white) << 1.0;
+    }
+    void theSelectedChoiceIsMarkedByItsBorder()
+    {
+        QFETCH(qint64, type);
+        QFETCH(QColor, other);
+        QFETCH(QColor, otherAfterAChoice);
+        QFETCH(QColor, selected);
+        QFETCH(double, borderWidth);
+        ShownPicker shown(type, 220, 1);
+        const qsizetype count = shown.picker.buttons().size();
+        const auto borders = [&shown] {
+            QList<QColor> colours;
+            for (const ZQDoodleButton *button : shown.picker.buttons())
+                colours << button->borderColor();
+            return colours;
+        };
+        // `marked` at `index`, `rest` everywhere else.
+        const auto expected = [count](int index, const QColor &marked, const QColor &rest) {
+            QList<QColor> colours(count, rest);
+            colours[index] = marked;
+            return colours;
+        };
+        QCOMPARE(borders(), expected(1, selected, other));
+        QCOMPARE(shown.choice(0)->borderWidth(), borderWidth);
+        tap(shown.choice(3), Input::Mouse);
+        QCOMPARE(borders(), expected(3, selected, otherAfterAChoice));
+    }
+
+    void choicesAreDrawnInTheirColours()
+    {
+        ShownPicker colours(ZQDoodleButtonViewTypeColour, 220, 0, Qt::red);
+        // The table's colour, not the one given: "#FF3B30" is entry 2.
+        QCOMPARE(colours.picker.getColor(), QColor(Qt::black));
+        QCOMPARE(colourAt(rendered(&colours.picker), colours.choice(2)->frame().center()),
+                 QColor(0xFF, 0x3B, 0x30));
+        tap(colours.choice(3), Input::Touch);
+        QCOMPARE(colours.picker.getColor(), QColor(0xFF, 0x95, 0x00));
+        colours.picker.hide(); // the next pickers open where it was
+        ShownPicker widths(ZQDoodleButtonViewTypeBrushWidth, 125, 0, Qt::blue);
+        QCOMPARE(colourAt(rendered(&widths.picker), widths.choice(3)->frame().center()),
+                 QColor(Qt::blue));
+        ShownPicker erasers(ZQDoodleButtonViewTypeEraserWidth, 100, 0, Qt::blue);
+        QCOMPARE(colourAt(rendered(&erasers.picker), erasers.choice(3)->frame().center()),
+                 QColor(Qt::white));
+    }
+
+    void aTapBetweenChoicesStaysInThePicker_data() { addInputRows(); }
+    void aTapBetweenChoicesStaysInThePicker()
+    {
+        QFETCH(Input, input);
+        struct Board : QWidget
+        {
+            Board() { setAttribute(Qt::WA_AcceptTouchEvents); }
+            int presses = 0;
+            bool event(QEvent *e) override
+            {
+                presses += e->type() == QEvent::TouchBegin ||
+                           e->type() == QEvent::MouseButtonPress ||
+                           e->type() == QEvent::TabletPress;
+                return QWidget::event(e);
+            }
+        } board;
+        board.resize(300, 100);
+        RecordingDelegate delegate;
+        auto *picker = new ZQDoodleButtonView(QRect(10, 10, 125, 32), 0, 1, Qt::white, &board);
+        picker->setDelegate(&delegate);
+        board.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&board));
+        QWidget *gap = picker->childAt(QPoint(40, 16)); // between the first two dots
+        QVERIFY(gap);
+        tap(gap, input, gap->mapFrom(picker, QPoint(40, 16)));
+        QCOMPARE(board.presses, 0);
+        QVERIFY(delegate.choices.isEmpty());
+    }
+
+    void hexTextsDecodeToOpaqueColoursOrClear_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QColor>("colour");
+        QTest::newRow("blanks around") << " #ff0000 " << QColor(255, 0, 0);
+        QTest::newRow("line breaks around") << "\n00ff7f\t" << QColor(0, 255, 127);
+        QTest::newRow("0X") << "0XFF0000" << QColor(255, 0, 0);
+        QTest::newRow("0x and #") << "0x#0000ff" << QColor(0, 0, 255);
+        QTest::newRow("three digits") << "#FFF" << QColor(Qt::transparent);
+        QTest::newRow("eight digits") << "FF000000" << QColor(Qt::transparent);
+        QTest::newRow("empty") << "" << QColor(Qt::transparent);
+    }
+    void hexTextsDecodeToOpaqueColoursOrClear()
+    {
+        QFETCH(QString, text);
+        QFETCH(QColor, colour);
+        QCOMPARE(ZQDoodleButtonView::colorWithHexString(text), colour);
+        QCOMPARE(ZQColourToolbar::colorWithHexString(text), colour);
+    }
+
+    void colourSwatchesSitCentredAsAGroup_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<double>("left");
+        QTest::newRow("room to spare") << 560 << 14.0;
+        QTest::newRow("too narrow") << 300 << -116.0;
+    }
+    void colourSwatchesSitCentredAsAGroup()
+    {
+        QFETCH(int, width);
+        QFETCH(double, left);
+        ZQColourToolbar bar(QRect(0, 0, width, 40));
+        bar.show();
+        QCOMPARE(bar.buttons().size(), 10);
+        for (int i = 0; i < 10; ++i)
+            QCOMPARE(bar.buttons().at(i)->frame(), QRectF(left + 56 * i, 6, 28, 28));
+    }
+
+    void aSwatchTapReportsItsColourAndHidesTheBarOnce_data() { addInputRows(); }
+    void aSwatchTapReportsItsColourAndHidesTheBarOnce()
+    {
+        QFETCH(Input, input);
+        ZQColourToolbar bar(QRect(0, 0, 560, 40));
+        RecordingDelegate delegate;
+        bar.setDelegate(&delegate);
+        bar.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        QCOMPARE(bar.currentColor(), QColor(Qt::black));
+        QCOMPARE(bar.curBrushButton(), bar.buttons().first());
+        tap(bar.buttons().at(3), input);
+        QVERIFY(bar.isHidden());
+        bar.show();
+        tap(bar.buttons().at(3), input);
+        QVERIFY(!bar.isHidden());
+        QCOMPARE(delegate.colours, QList<QColor>({QColor(0xFF, 0x95, 0x00)}));
+        QCOMPARE(bar.currentColor(), QColor(0xFF, 0x95, 0x00));
+        for (int i = 0; i < bar.buttons().size(); ++i)
+            QCOMPARE(bar.buttons().at(i)->isSelected(), i == 3);
+    }
+
+    void theSelectedSwatchIsARingedDiscInItsColour_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::newRow("1") << 1.0;
+        QTest::newRow("2") << 2.0;
+        QTest::newRow("3") << 3.0;
+    }
+    void theSelectedSwatchIsARingedDiscInItsColour()
+    {
+        QFETCH(double, scale);
+        DoodleScreen::setScaleOverride(scale);
+        ZQColourToolbar bar(QRect(0, 0, 560, 40));
+        const ZQDoodleButton *swatch = bar.buttons().at(2); // "#FF3B30"
+        const QColor colour(0xFF, 0x3B, 0x30);
+        // Across the swatch from its centre: disc, then a gap and a ring when selected.
+        const auto profile = [](const QImage &image) {
+            QList<int> alphas;
+            for (const double x : {14.0, 21.0, 23.5, 26.0})
+                alphas << (colourAt(image, {x, 14}).alpha() > 128 ? 1 : 0);
+            return alphas;
+        };
+        QCOMPARE(profile(swatch->normalImage()), QList<int>({1, 1, 1, 0}));
+        QCOMPARE(profile(swatch->selectedImage()), QList<int>({1, 1, 0, 1}));
+        QVERIFY(closeColours(colourAt(swatch->normalImage(), {14, 14}), colour));
+        // The ring's edge pixels are partly covered; their colour is the swatch's.
+        QVERIFY(closeColours(QColor(colourAt(swatch->selectedImage(), {26, 14}).rgb()), colour));
+    }
+};
+
+QTEST_MAIN(TestOptionPickers)
+#include "tst_OptionPickers.moc"

@@ -1,0 +1,76 @@
+// The bundle's artwork: every image the bars ask for is there, drawn at the
+// asked size times the screen scale; a missing one is a null image and a log line.
+#include "LogCapture.h"
+
+#include <doodle/support/DoodleBundle_p.h>
+#include <doodle/support/DoodleScreen.h>
+
+#include <QtTest>
+
+class TestToolbarArtwork : public QObject
+{
+    Q_OBJECT
+private slots:
+    void cleanup() { DoodleScreen::setScaleOverride(0); }
+
+    void everyNamedImageIsDrawnAtEveryScale_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<double>("side");
+        const QStringList tools = {"revoke", "clear", "width", "eraser", "oval",
+                                   "rect",   "arrow", "text",  "save",   "close"};
+        for (const QString &tool : tools)
+            QTest::newRow(qPrintable(tool)) << tool << 30.0;
+        for (const QString &tool : tools.mid(2, 6))
+            QTest::newRow(qPrintable(tool + "_select")) << tool + "_select" << 30.0;
+        QTest::newRow("color") << "color" << 44.0;
+        QTest::newRow("color_select") << "color_select" << 44.0;
+        QTest::newRow("doodle") << "doodle" << 44.0;
+        QTest::newRow("colour@2x") << "colour@2x" << 30.0;
+        QTest::newRow("white@2x") << "white@2x" << 28.0;
+        QTest::newRow("white_selected@2x") << "white_selected@2x" << 28.0;
+    }
+    void everyNamedImageIsDrawnAtEveryScale()
+    {
+        QFETCH(QString, name);
+        QFETCH(double, side);
+        for (const double scale : {1.0, 2.0, 3.0}) {
+            DoodleScreen::setScaleOverride(scale);
+            const QImage image = DoodleBundle::image(name, "png");
+            QCOMPARE(image.deviceIndependentSize(), QSizeF(side, side));
+            QCOMPARE(image.devicePixelRatio(), scale);
+            qsizetype opaque = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    opaque += qAlpha(image.pixel(x, y)) > 128 ? 1 : 0;
+            QVERIFY(opaque > image.width() * image.height() / 30);
+        }
+    }
+
+    void missingArtworkIsANullImageAndALogLine_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("missing") << "noSuchIcon";
+        QTest::newRow("not SVG") << "broken";
+    }
+    void missingArtworkIsANullImageAndALogLine()
+    {
+        QFETCH(QString, name);
+        LogCapture log;
+        QVERIFY(DoodleBundle::image(name, "png").isNull());
+        QCOMPARE(
+            log.lines(),
+            QStringList(QStringLiteral("resource image %1 is missing or malformed").arg(name)));
+    }
+
+    void artworkIsDrawnAtTheAskedSize()
+    {
+        DoodleScreen::setScaleOverride(3);
+        const QImage asked = DoodleBundle::image("close", "png", QSizeF(20, 10));
+        QCOMPARE(asked.size(), QSize(60, 30));
+        QCOMPARE(asked.devicePixelRatio(), 3.0);
+    }
+};
+
+QTEST_MAIN(TestToolbarArtwork)
+#include "tst_ToolbarArtwork.moc"
