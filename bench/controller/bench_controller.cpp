@@ -186,7 +186,8 @@ void BM_HostileInput(benchmark::State &state)
                          QString(10 << 20, QLatin1Char('W')) + QStringLiteral("\"}");
     const DoodleActionPtr million = wavyStroke(1, 1000000);
     auto tiny = std::make_shared<DoodleAction>(*wavyStroke(2, 2));
-    tiny->pathPoints().last() = tiny->pathPoints().first(); // a dot
+    const DoodlePoint start = tiny->pathPoints().at(0);
+    tiny->pathPoints() = DoodlePointList{start, start}; // a dot
     for (auto _ : state) {
         switch (state.range(0)) {
         case 0:

@@ -10,6 +10,7 @@
 #include <doodle/model/DoodleColor.h>
 #include <doodle/model/DoodleKeys.h>
 #include <doodle/model/DoodlePathCache.h>
+#include <doodle/model/DoodlePoint.h>
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/support/DoodleWeak.h>

@@ -82,7 +82,7 @@ QStringList pointStrings(const DoodleActionPtr &action)
 {
     QStringList strings;
     for (const DoodlePoint &point : action->pathPoints())
-        strings << point.join(QLatin1Char(' '));
+        strings << point.toStringList().join(QLatin1Char(' '));
     return strings;
 }
 

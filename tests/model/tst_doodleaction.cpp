@@ -1,4 +1,4 @@
-// DoodleAction's points and their log texts, and the drawn-action cache.
+// DoodleAction's points, their strings and log texts, and the drawn-action cache.
 #include "LogCapture.h"
 
 #include <doodle/model/DoodleAction.h>
@@ -6,7 +6,9 @@
 
 #include <QTest>
 
+#include <cmath>
 #include <limits>
+#include <random>
 
 class TestDoodleAction : public QObject
 {
@@ -35,6 +37,9 @@ private slots:
         QTest::newRow("negative interval")
             << 0.25f << -0.5f << -5 << QStringList{"-5", "0.250000", "-0.500000"}
             << QStringList{"DoodleAction addPoint, timeInterval:-5 cannot be less than 0"};
+        QTest::newRow("tiny negative, far out")
+            << -1e-7f << 3000.25f << 2 << QStringList{"2", "-0.000000", "3000.250000"}
+            << QStringList{yOut.arg("3000.250000")};
     }
     void addPoint()
     {
@@ -46,8 +51,87 @@ private slots:
         LogCapture capture;
         DoodleAction action;
         action.addPointWithPositionX(x, y, interval);
-        QCOMPARE(action.points(), DoodlePointList{point});
+        QCOMPARE(action.points().size(), 1);
+        QCOMPARE(action.points().at(0).toStringList(), point);
         QCOMPARE(capture.lines(), log);
+    }
+
+    // A point keeps the strings it was given, whatever their form, and
+    // readers get the numbers that Qt parses from them.
+    void pointStrings_data()
+    {
+        QTest::addColumn<QStringList>("strings");
+        const auto row = [](const char *name, const QStringList &strings) {
+            QTest::newRow(name) << strings;
+        };
+        row("%f form", {"2", "0.100000", "0.200000"});
+        row("negative", {"-5", "-0.500000", "-1.000000"});
+        row("32-bit limits", {"-2147483648", "2147.483647", "-2147.483647"});
+        row("smallest steps", {"2147483647", "0.000001", "-0.000001"});
+        row("negative zero", {"2", "-0.000000", "0.000000"});
+        row("beyond 32-bit millionths", {"2", "2147.483648", "-2147.483648"});
+        row("shortest decimals", {"2", "0.5", "1e-3"});
+        row("signs and zeros", {"+2", "+0.500000", "00.500000"});
+        row("seven decimals", {"2", "0.5000000", "0.50000"});
+        row("odd intervals", {"-0", "1.000000", "1.000000"});
+        row("leading zero interval", {"02", "1.000000", "1.000000"});
+        row("not numbers", {"", "nan", "-inf"});
+        row("space, comma, dot", {" 2", "0,500000", ".500000"});
+        row("wide digits", {"2", QString::fromUtf8("\u0660.500000"), "1.000000"});
+        row("extra member", {"2", "0.100000", "0.200000", "x"});
+        row("two members", {"2", "0.100000"});
+        row("none", {});
+    }
+    void pointStrings()
+    {
+        QFETCH(QStringList, strings);
+        const DoodlePoint point(strings);
+        QCOMPARE(point.toStringList(), strings);
+        QCOMPARE(point.size(), strings.size());
+        for (qsizetype i = 0; i < strings.size(); ++i)
+            QCOMPARE(point.at(i), strings.at(i));
+        // Exact comparisons: QCOMPARE on floats allows a relative difference.
+        const float x = strings.value(1).toFloat();
+        const float y = strings.value(2).toFloat();
+        QVERIFY((point.x() == x || (std::isnan(x) && std::isnan(point.x()))) && point.y() == y);
+    }
+
+    // Points in the %f form and others, mixed, come back in order from the
+    // list, also after the list was emptied and filled again.
+    void pointList()
+    {
+        const QList<QStringList> first{{"2", "0.5", "0.5"},
+                                       {"2", "0.250000", "-0.750000"},
+                                       {"2", "1e-3", "0"},
+                                       {"7", "-1.000000", "1.000000"}};
+        const QList<QStringList> second{{"3", "0.100000", "0.100000"}, {"2", "x", "y", "z"}};
+        DoodleAction action;
+        for (const QList<QStringList> &strokes : {first, second}) {
+            DoodlePointList &points = action.pathPoints();
+            points.clear();
+            for (const QStringList &strings : strokes)
+                points.append(strings);
+            QList<QStringList> read;
+            for (const DoodlePoint &point : action.points())
+                read.append(point.toStringList());
+            QCOMPARE(read, strokes);
+        }
+    }
+
+    // Across the range the touch input produces, a point's numbers are those
+    // Qt parses from its strings, bit for bit.
+    void pointNumbersAsParsed()
+    {
+        std::mt19937 random(12);
+        std::uniform_real_distribution<float> within(-1.5f, 1.5f);
+        QList<float> values{0.0f, -0.0f, 1.0f, -1.0f, 5e-7f, -5e-7f, 4.9999997e-7f, 2147.4836f};
+        for (int i = 0; i < 100000; ++i)
+            values.append(within(random));
+        for (const float value : values) {
+            const DoodlePoint point(2, value, -value);
+            if (point.x() != point.at(1).toFloat() || point.y() != point.at(2).toFloat())
+                QFAIL(qPrintable(point.toStringList().join(' ')));
+        }
     }
 
     // The users of the actions added in order, the removals made one by one

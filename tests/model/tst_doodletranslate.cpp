@@ -95,7 +95,7 @@ QString summary(const DoodleActionPtr &a)
         return "none";
     QStringList points;
     for (const DoodlePoint &point : a->pathPoints())
-        points.append('p' + point.join(','));
+        points.append('p' + point.toStringList().join(','));
     // Zero reads as "not set".
     const auto field = [](const char *prefix, double value) {
         return value != 0 ? prefix + QString::number(value) : QString();
@@ -365,6 +365,19 @@ void TestDoodleTranslate::encode_data()
         R"({"@ActionType":260,"@UserUri":"u1","@PageId":3,"@Brush":{"@Color":4294901760,)"
         R"("@Width":0.01},"@Position":{"$json":[{"$json":["2","0.100000","0.200000"]},)"
         R"({"$json":["2","0.300000","0.400000"]}]}})");
+    // Points in any other form travel on as they came.
+    const auto received = action(260, "u1");
+    for (const QStringList &point : QList<QStringList>{{"2", "0.5", "1e-3"},
+                                                       {"2", "0.100000", "-0.000000", "x"},
+                                                       {"-0", "1.000000", "1.000000"},
+                                                       {"2", "-0.250000", "0.750000"},
+                                                       {}})
+        received->pathPoints().append(point);
+    row("stroke with points in other forms", received, points,
+        R"({"@ActionType":260,"@UserUri":"u1","@PageId":0,"@Position":{"$json":[)"
+        R"({"$json":["2","0.5","1e-3"]},{"$json":["2","0.100000","-0.000000","x"]},)"
+        R"({"$json":["-0","1.000000","1.000000"]},{"$json":["2","-0.250000","0.750000"]},)"
+        R"({"$json":[]}]}})");
     row("eraser without points or user", action(261, ""), points,
         R"({"@ActionType":261,"@PageId":0,"@Position":{"$json":[]}})");
     row("sticker", shape(262), "",

@@ -139,8 +139,7 @@ QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points, bo
     for (const DoodlePoint &point : points) {
         if (point.size() < 3)
             continue;
-        const QPointF current =
-            q->normalFromLogicPositionX(point.at(1).toFloat(), point.at(2).toFloat());
+        const QPointF current = q->normalFromLogicPositionX(point.x(), point.y());
         if (!std::isfinite(current.x()) || !std::isfinite(current.y()))
             continue;
         if (count++ == 0) {

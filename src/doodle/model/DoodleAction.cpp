@@ -17,7 +17,5 @@ void DoodleAction::addPointWithPositionX(float x, float y, qint32 timeInterval)
         DOODLE_LOG(QStringLiteral("DoodleAction addPoint, timeInterval:") +
                    DoodleNumber::printfD(timeInterval) + QStringLiteral(" cannot be less than 0"));
     }
-    m_points.append(DoodlePoint{DoodleNumber::printfD(timeInterval),
-                                DoodleNumber::printfF(double(x)),
-                                DoodleNumber::printfF(double(y))});
+    m_points.append(DoodlePoint(timeInterval, x, y));
 }

@@ -2,6 +2,7 @@
 
 #include <doodle/DoodleExport.h>
 #include <doodle/model/DoodleColor.h>
+#include <doodle/model/DoodlePoint.h>
 
 #include <QList>
 #include <QString>
@@ -32,10 +33,6 @@ constexpr bool doodleIsDrawnActionType(qint64 code)
 {
     return code >= 258 && code <= 270 && ((DoodleDrawnActionMask >> (code - 258)) & 1u) != 0;
 }
-
-// One point of a stroke: time interval ("%d"), x and y ("%f"), as strings.
-using DoodlePoint = QStringList;
-using DoodlePointList = QList<DoodlePoint>;
 
 // One operation on the shared board. A plain value holder: it never checks
 // its fields against its type. Positions and sizes are normalised (-1 to 1).

@@ -200,14 +200,15 @@ QString typeName(const QJsonValue &value)
 // text, which the readers parse the same way. A point holding anything else
 // (true, null, a list or an object) has no usable coordinate and is skipped.
 // The length is not checked: readers must handle points of any length.
-bool pointFromArray(const QJsonArray &array, DoodlePoint &point)
+bool pointFromArray(const QJsonArray &array, QStringList &strings)
 {
-    point.reserve(array.size());
+    strings.reserve(array.size());
     for (const QJsonValue &element : array) {
         if (element.isString())
-            point.append(element.toString());
+            strings.append(element.toString());
         else if (element.isDouble())
-            point.append(QString::number(element.toDouble(), 'g', QLocale::FloatingPointShortest));
+            strings.append(
+                QString::number(element.toDouble(), 'g', QLocale::FloatingPointShortest));
         else
             return false;
     }
@@ -231,9 +232,9 @@ void fillPoints(DoodleAction &action, const QJsonObject &object)
         const QJsonValue parsed = DoodleTranslate::jsonToObj(element);
         if (!parsed.isArray())
             continue;
-        DoodlePoint point;
-        if (pointFromArray(parsed.toArray(), point))
-            points.append(std::move(point));
+        QStringList strings;
+        if (pointFromArray(parsed.toArray(), strings))
+            points.append(DoodlePoint(strings));
     }
 }
 
@@ -339,7 +340,7 @@ QString pointText(const DoodleAction &action)
 {
     QJsonArray texts;
     for (const DoodlePoint &point : action.pathPoints())
-        texts.append(DoodleTranslate::objToJson(QJsonArray::fromStringList(point)));
+        texts.append(DoodleTranslate::objToJson(QJsonArray::fromStringList(point.toStringList())));
     return DoodleTranslate::objToJson(texts);
 }
 

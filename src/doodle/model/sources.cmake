@@ -5,11 +5,13 @@ target_sources(doodle PRIVATE
     doodle/model/DoodleJsonText_p.h
     doodle/model/DoodleKeys.cpp
     doodle/model/DoodlePathCache.cpp
+    doodle/model/DoodlePoint.cpp
     doodle/model/DoodleTranslate.cpp)
 target_sources(doodle PUBLIC FILE_SET HEADERS FILES
     doodle/model/DoodleAction.h
     doodle/model/DoodleColor.h
     doodle/model/DoodleKeys.h
     doodle/model/DoodlePathCache.h
+    doodle/model/DoodlePoint.h
     doodle/model/DoodleTranslate.h)
 
