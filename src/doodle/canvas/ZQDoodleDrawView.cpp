@@ -138,6 +138,10 @@ template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, 
 {
     m_lastPainted = QRect();
     const QRect changed = (dirty & QRectF(rect())).toAlignedRect();
+    if (m_measuring) {
+        m_lastPainted = changed;
+        return;
+    }
     const bool redirected = !m_region.isNull();
     if (changed.isEmpty() || (redirected && !changed.intersects(m_region)) || !preparePicture())
         return;

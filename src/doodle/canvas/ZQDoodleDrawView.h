@@ -59,6 +59,9 @@ public:
     // pixels; a null image starts it transparent.
     void beginRegionRedraw(const QRect &region, const QImage &base = QImage());
     void endRegionRedraw();
+    // While measuring, primitives draw nothing and only report, through
+    // lastPaintedRect, the rectangle they would change.
+    void setMeasuring(bool measuring) { m_measuring = measuring; }
     // Copies the picture into `target`, reusing its memory when it fits.
     void copyPicture(QImage &target) const;
     // The rectangle (in view points) the last primitive could have changed;
@@ -82,6 +85,7 @@ private:
     // Union of the rectangles painted since the picture was last empty.
     QRect m_paintedRect;
     QRect m_lastPainted;
-    QRect m_region;   // the region being redrawn, if any
+    QRect m_region; // the region being redrawn, if any
+    bool m_measuring = false;
     QImage m_scratch; // kept between region redraws
 };

@@ -377,6 +377,7 @@ void DoodleLayout::dismissDoodle()
     // Everything goes: the drawing, a gesture under way and an open text field.
     d->resetGesture();
     d->closeTextField();
+    d->forgetOrder();
     if (d->m_doodleView)
         d->m_doodleView->clearAll();
     cleanDoodleCaches();

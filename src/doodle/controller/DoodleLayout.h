@@ -160,6 +160,23 @@ public:
     void touchesCancelled(const DoodleTouch &touch);
     void textEditDone(QLineEdit *textField) override;
 
+    // One order on every board. Every action this board sends carries an
+    // order stamp; received ones are kept in stamp order. A board's state (its
+    // stamped drawings, what was taken back and the last clear) travels as one
+    // text; merging states is their union, so merges never conflict.
+    quint64 clock() const;
+    QString exportState() const;
+    // False, with a warning, for a text that is not a state or is too large.
+    bool mergeState(const QString &state);
+    // Equal on two boards that hold the same state; kept current after every change.
+    quint64 fingerprint() const;
+
+    // Moderation, on this board only: a muted sender's actions are dropped;
+    // removeDrawingsOf takes back every drawing of one sender in one redraw.
+    void setMuted(const QString &userId, bool muted);
+    bool isMuted(const QString &userId) const;
+    void removeDrawingsOf(const QString &userId);
+
     // Tool bar.
     void showToolBar();
     void hideToolBar(bool hidden);

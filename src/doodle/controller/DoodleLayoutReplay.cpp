@@ -30,18 +30,22 @@ void DoodleLayout::doodleAction(const DoodleActionPtr &action, const QString &fr
     if (!action)
         return;
     const qint64 type = action->actionType();
+    const quint64 stamp = action->seqNo();
     if (doodleIsDrawnActionType(type)) {
-        d->m_doodlePathCache.addAction(action, fromUserId);
-        if (isViewLoaded()) {
-            d->drawEntry(d->m_doodlePathCache.size() - 1);
-            d->noteAppended();
-        }
+        d->receiveDrawing(action, fromUserId, true);
     } else if (type == DoodleActionTypeUndo) {
-        undoDrawPathWithUserId(fromUserId);
+        // A stamped undo names the drawing it takes back; an older peer's the
+        // sender's last one.
+        if (stamp != 0)
+            d->undoStamped(fromUserId, stamp);
+        else
+            undoDrawPathWithUserId(fromUserId);
     } else if (type == DoodleActionTypeClean) {
-        d->m_doodlePathCache.cleanAllPath();
-        if (isViewLoaded())
+        if (stamp == 0) {
             cleanDoodleCaches();
+        } else if (d->applyClear({stamp, fromUserId})) {
+            d->redrawAfterClear();
+        }
     }
 }
 
@@ -232,24 +236,31 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype removed)
 
 void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
 {
-    qsizetype index = -1;
-    const DoodleCacheEntry removed = d->m_doodlePathCache.takeLastOwnedBy(userId, &index);
-    if (removed.action && isViewLoaded())
-        d->redrawRegion(removed.drawnRect, index);
+    const qsizetype index = d->lastIndexOwnedBy(userId);
+    if (index >= 0)
+        d->removeEntry(index, true);
 }
 
 void DoodleLayout::undo()
 {
-    undoDrawPathWithUserId(d->m_userId);
+    // The undo names the stamp of the drawing it takes back.
+    const qsizetype index = d->lastIndexOwnedBy(d->m_userId);
+    const quint64 stamp = index >= 0 ? d->m_doodlePathCache.entries().at(index).action->seqNo() : 0;
+    if (index >= 0)
+        d->removeEntry(index, true);
     const DoodleActionPtr action = makeCommandAction(DoodleActionTypeUndo, d->m_userId);
+    action->setSeqNo(stamp);
     if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onDoodleActionGenerated(action);
 }
 
 void DoodleLayout::cleanDoodle()
 {
-    cleanDoodleCaches();
+    // Ordered after everything this board has seen, so it removes all of it.
     const DoodleActionPtr action = makeCommandAction(DoodleActionTypeClean, d->m_userId);
+    action->setSeqNo(d->nextStamp());
+    d->applyClear({action->seqNo(), d->m_userId});
+    cleanDoodleCaches();
     if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onDoodleActionGenerated(action);
     // Deliberately after the clear and after the clear action was handed over.
@@ -260,6 +271,7 @@ void DoodleLayout::cleanDoodle()
 void DoodleLayout::cleanDoodleCaches()
 {
     d->m_doodlePathCache.cleanAllPath();
+    d->recomputeFingerprint();
     d->dropSavepoints(-1);
     if (d->m_doodleView) {
         d->cacheSurface()->cleanAllPath();

@@ -102,6 +102,8 @@ void DoodleLayoutPrivate::cleanPreview()
 
 bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
 {
+    if (built)
+        built->setSeqNo(nextStamp());
     const DoodleActionPtr action = built ? asReceived(built) : nullptr;
     if (!action) {
         qCWarning(lcDoodle, "a local action could not be written as text; dropped");
@@ -110,8 +112,7 @@ bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
     // The host hears of the action before the cache records it.
     if (DoodleLayoutDelegate *host = m_delegate.get())
         host->onDoodleActionGenerated(action);
-    m_doodlePathCache.addAction(action, m_userId);
-    drawEntry(m_doodlePathCache.size() - 1);
+    receiveDrawing(action, m_userId, true);
     return true;
 }
 
@@ -120,8 +121,11 @@ void DoodleLayoutPrivate::commitGesture()
     const DoodleActionPtr built = m_doodleDraw;
     const QRectF erased = m_liveErased;
     resetGesture();
+    // Until the erasure is replayed the picture holds the live one: no savepoint meanwhile.
+    m_liveErased = erased;
     cleanPreview();
     const bool committed = commitAction(built);
+    m_liveErased = QRectF();
     if (!erased.isEmpty()) {
         // The live eraser cleared its segments one by one; the committed
         // erasure is the replay of the whole path once, as every receiver draws it.

@@ -14,7 +14,28 @@
 #include <QPointer>
 #include <QRectF>
 
+#include <QSet>
+
+#include <optional>
+
 class DoodleLayoutView;
+class QJsonArray;
+
+// An order stamp: a Lamport clock, ties broken by the sender the channel named.
+struct DoodleStamp
+{
+    quint64 clock = 0;
+    QString sender;
+    friend bool operator<(const DoodleStamp &a, const DoodleStamp &b)
+    {
+        return a.clock != b.clock ? a.clock < b.clock : a.sender < b.sender;
+    }
+    friend bool operator==(const DoodleStamp &a, const DoodleStamp &b)
+    {
+        return a.clock == b.clock && a.sender == b.sender;
+    }
+};
+size_t qHash(const DoodleStamp &stamp, size_t seed = 0);
 
 // The tool, width and colour a gesture was started with: everything it draws
 // and the action it commits use these, whatever the tool state becomes meanwhile.
@@ -86,6 +107,24 @@ public:
     void openTextEntry(const QPointF &end);
     void closeTextField();
     QPointF gestureEndPoint(const DoodleTouch &touch) const;
+    // Order, state and moderation.
+    static DoodleStamp stampOf(const DoodleCacheEntry &entry);
+    void observeClock(quint64 clock);
+    quint64 nextStamp();
+    quint64 entryHash(const DoodleCacheEntry &entry) const;
+    void recomputeFingerprint();
+    qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
+    bool receiveDrawing(const DoodleActionPtr &action, const QString &owner, bool draw);
+    void placeEntry(qsizetype index);
+    void removeEntry(qsizetype index, bool draw);
+    void rememberUndone(const DoodleStamp &stamp);
+    qsizetype lastIndexOwnedBy(const QString &owner) const;
+    void undoStamped(const QString &owner, quint64 clock);
+    bool applyClear(const DoodleStamp &stamp);
+    void redrawAfterClear();
+    void mergeUndone(const QJsonArray &undone);
+    void mergeActions(const QJsonArray &actions);
+    void forgetOrder();
     // Limits on what others send.
     bool withinLimits(const QString &sender, const DoodleAction &action) const;
     bool textWithinLimit(const QString &sender, const QString &text) const;
@@ -131,6 +170,12 @@ public:
     bool m_inFrameReset = false;
     DoodleReceiveLimits m_limits;
     DoodleSavepoint m_saves[2]; // the newer first
+    // Order, state and moderation.
+    quint64 m_clock = 0;
+    std::optional<DoodleStamp> m_lastClear;
+    QSet<DoodleStamp> m_undone; // drawings taken back, so that no copy brings them back
+    QSet<QString> m_muted;
+    quint64 m_fingerprint = 0;
     bool m_observing = false;
     // The tool bar and its floating button, once the tool bar exists.
     QPointer<QWidget> m_doodletoolbar;

@@ -2,6 +2,7 @@ target_sources(doodle PRIVATE
     doodle/controller/DoodleLayout.cpp
     doodle/controller/DoodleLayoutCoordinates.cpp
     doodle/controller/DoodleLayoutLimits.cpp
+    doodle/controller/DoodleLayoutOrder.cpp
     doodle/controller/DoodleLayoutReplay.cpp
     doodle/controller/DoodleLayoutToolbar.cpp
     doodle/controller/DoodleLayoutTouch.cpp

@@ -14,6 +14,36 @@ void DoodlePathCache::addAction(const DoodleActionPtr &action, const QString &ow
     count(m_entries.last(), 1);
 }
 
+void DoodlePathCache::insertAction(qsizetype index, const DoodleActionPtr &action,
+                                   const QString &owner)
+{
+    if (!action || index < 0 || index > m_entries.size())
+        return;
+    m_entries.insert(index, DoodleCacheEntry{action, owner, QRectF()});
+    count(m_entries.at(index), 1);
+}
+
+DoodleCacheEntry DoodlePathCache::takeAt(qsizetype index)
+{
+    if (index < 0 || index >= m_entries.size())
+        return {};
+    count(m_entries.at(index), -1);
+    return m_entries.takeAt(index);
+}
+
+qsizetype
+DoodlePathCache::removeEntriesIf(const std::function<bool(const DoodleCacheEntry &)> &drop)
+{
+    const qsizetype before = m_entries.size();
+    m_entries.removeIf([&](const DoodleCacheEntry &entry) {
+        if (!drop(entry))
+            return false;
+        count(entry, -1);
+        return true;
+    });
+    return before - m_entries.size();
+}
+
 bool DoodlePathCache::removeLastPathWithUserId(const QString &owner)
 {
     return takeLastOwnedBy(owner).action != nullptr;

@@ -8,6 +8,8 @@
 #include <QRectF>
 #include <QString>
 
+#include <functional>
+
 // One cached drawing: the action, the participant it belongs to (the sender
 // the host named, not a name written inside the action) and the rectangle of
 // the board it last changed, in view points (empty until drawn).
@@ -29,6 +31,12 @@ public:
     void addAction(const DoodleActionPtr &action);
     // Appends the action, owned by `owner`; nullptr is ignored.
     void addAction(const DoodleActionPtr &action, const QString &owner);
+    // Inserts the action at `index` (0 to size()), owned by `owner`.
+    void insertAction(qsizetype index, const DoodleActionPtr &action, const QString &owner);
+    // Removes the entry at `index` and returns it.
+    DoodleCacheEntry takeAt(qsizetype index);
+    // Removes every entry for which `drop` is true; returns how many.
+    qsizetype removeEntriesIf(const std::function<bool(const DoodleCacheEntry &)> &drop);
     // Removes the newest action that `owner` owns; true if one was removed.
     // A null owner matches nothing, and an entry without an owner is never taken.
     bool removeLastPathWithUserId(const QString &owner);
