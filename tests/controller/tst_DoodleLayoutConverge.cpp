@@ -1,13 +1,19 @@
 // Three boards linked only through the text form, driven by random sessions of
-// every tool, undo, clear, resizes and hostile texts: at the end every board
-// holds the same cache and draws exactly what a fresh board draws from it.
+// every tool, undo, clear, resizes and hostile texts, over a channel that
+// delivers at once or one that keeps each sender's order but interleaves
+// senders: at the end every board holds the same cache and draws exactly what
+// a fresh board draws from it.
 // DOODLE_SEEDS=N runs N seeds instead of the usual set, DOODLE_STEPS=N
 // sessions of N steps instead of 60.
 #include "BoardHarness.h"
 
 #include <QLineEdit>
+#include <QMap>
 #include <QRandomGenerator>
 #include <QtTest>
+
+#include <array>
+#include <limits>
 
 namespace {
 
@@ -52,24 +58,30 @@ QString describe(const Op &op)
              op.text.isNull() ? QStringLiteral("-") : op.text);
 }
 
-QString hostileText(QRandomGenerator &random)
+QString stamped(DoodleActionPtr action, quint64 stamp)
 {
+    action->setSeqNo(stamp);
+    return DoodleTranslate::stringFromDoodleAction(action);
+}
+
+// Texts from a peer that names others as authors, sends junk and absurd
+// numbers; with `stamps` its actions carry order stamps, as current peers' do.
+QString hostileText(QRandomGenerator &random, bool stamps)
+{
+    const quint64 s = stamps ? 1 + random.bounded(60) : 0;
     const QStringList texts = {
         QStringLiteral("{\"bad\""),
         QStringLiteral("[]"),
         // A drawing that names another participant as its author.
-        DoodleTranslate::stringFromDoodleAction(
-            strokeAction("ann", {{-0.5, -0.5}, {0.5, 0.2}, {0.1, 0.6}}, Qt::magenta, 0.05f)),
-        DoodleTranslate::stringFromDoodleAction(
-            boxAction(DoodleActionTypeRectangle, "ben", {-0.9, -0.9, 1.5, 1.2})),
-        DoodleTranslate::stringFromDoodleAction(commandAction(DoodleActionTypeUndo, "ann")),
-        DoodleTranslate::stringFromDoodleAction(
-            strokeAction("mallory", {{0, 0}, {qQNaN(), 1}, {0.3, 0.3}}, Qt::green, 1e30f)),
+        stamped(strokeAction("ann", {{-0.5, -0.5}, {0.5, 0.2}, {0.1, 0.6}}, Qt::magenta, 0.05f), s),
+        stamped(boxAction(DoodleActionTypeRectangle, "ben", {-0.9, -0.9, 1.5, 1.2}), s),
+        stamped(commandAction(DoodleActionTypeUndo, "ann"), s),
+        stamped(strokeAction("mallory", {{0, 0}, {qQNaN(), 1}, {0.3, 0.3}}, Qt::green, 1e30f), s),
     };
     return texts.at(random.bounded(int(texts.size())));
 }
 
-Op randomOp(QRandomGenerator &random)
+Op randomOp(QRandomGenerator &random, bool legacyPeer)
 {
     Op op;
     op.board = random.bounded(3);
@@ -95,14 +107,14 @@ Op randomOp(QRandomGenerator &random)
     if (op.kind == Kind::Text && random.bounded(4) != 0)
         op.text = QStringLiteral("hi %1").arg(random.bounded(100));
     if (op.kind == Kind::Hostile)
-        op.text = hostileText(random);
+        op.text = hostileText(random, !legacyPeer);
     return op;
 }
 
 class Call
 {
 public:
-    Call()
+    explicit Call(bool reordering) : m_reordering(reordering)
     {
         for (int i = 0; i < 3; ++i) {
             boards.emplace_back(std::make_unique<Participant>(kUsers.at(i), kSizes.at(i)));
@@ -116,14 +128,41 @@ public:
         }
     }
 
-    // Every message reaches every other board at once.
+    // Every message reaches every other board: at once, or queued per sender
+    // and receiver, so that each sender's order holds but senders interleave.
     void send(const QString &sender, const QString &text, int except)
     {
         for (int j = 0; j < 3; ++j) {
             if (j == except)
                 continue;
-            DoodleLayout &peer = boards.at(size_t(j))->board;
-            peer.onDoodleActionReceived(sender, peer.stringToDoodleAction(text));
+            if (m_reordering)
+                m_queues[sender][j].append(text);
+            else
+                deliver(sender, text, j);
+        }
+    }
+
+    void deliver(const QString &sender, const QString &text, int to)
+    {
+        DoodleLayout &peer = boards.at(size_t(to))->board;
+        peer.onDoodleActionReceived(sender, peer.stringToDoodleAction(text));
+    }
+
+    // Delivers the oldest message of up to `count` queues picked at random.
+    void pump(int count)
+    {
+        for (int n = 0; n < count; ++n) {
+            QList<std::pair<QString, int>> waiting;
+            for (auto it = m_queues.cbegin(); it != m_queues.cend(); ++it) {
+                for (int j = 0; j < 3; ++j) {
+                    if (!it.value()[j].isEmpty())
+                        waiting.append({it.key(), j});
+                }
+            }
+            if (waiting.isEmpty())
+                return;
+            const auto [sender, to] = waiting.at(m_random.bounded(int(waiting.size())));
+            deliver(sender, m_queues[sender][to].takeFirst(), to);
         }
     }
 
@@ -226,25 +265,33 @@ public:
 
     std::vector<std::unique_ptr<Participant>> boards;
     bool sawNull = false;
+
+private:
+    bool m_reordering;
+    QMap<QString, std::array<QStringList, 3>> m_queues;
+    QRandomGenerator m_random{7};
 };
 
-QString failure(const QList<Op> &ops)
+QString failure(const QList<Op> &ops, bool reordering)
 {
-    Call call;
-    for (const Op &op : ops)
+    Call call(reordering);
+    for (const Op &op : ops) {
         call.run(op);
+        call.pump(op.board); // 0 to 2 messages move on between steps
+    }
+    call.pump(std::numeric_limits<int>::max());
     return call.disagreement();
 }
 
 // The shortest list found by dropping steps one at a time that still fails.
-QList<Op> shrunk(QList<Op> ops)
+QList<Op> shrunk(QList<Op> ops, bool reordering)
 {
     for (bool progress = true; progress;) {
         progress = false;
         for (qsizetype i = ops.size() - 1; i >= 0; --i) {
             QList<Op> fewer = ops;
             fewer.removeAt(i);
-            if (!failure(fewer).isEmpty()) {
+            if (!failure(fewer, reordering).isEmpty()) {
                 ops = fewer;
                 progress = true;
             }
@@ -263,16 +310,27 @@ private slots:
     {
         QTest::addColumn<quint32>("seed");
         QTest::addColumn<double>("scale");
+        QTest::addColumn<bool>("reordering");
+        QTest::addColumn<bool>("legacyPeer");
         const int seeds = qEnvironmentVariableIsSet("DOODLE_SEEDS")
                               ? qEnvironmentVariableIntValue("DOODLE_SEEDS")
-                              : 24;
-        for (int seed = 1; seed <= seeds; ++seed)
-            QTest::addRow("seed %d", seed) << quint32(seed) << (seed % 4 == 0 ? 2.0 : 1.0);
+                              : 16;
+        for (int seed = 1; seed <= seeds; ++seed) {
+            const double scale = seed % 4 == 0 ? 2.0 : 1.0;
+            QTest::addRow("at once, seed %d", seed) << quint32(seed) << scale << false << false;
+            QTest::addRow("reordering, seed %d", seed) << quint32(seed) << scale << true << false;
+        }
+        // A peer without stamps converges only where nothing is reordered.
+        for (int seed = 1; seed <= 4; ++seed)
+            QTest::addRow("peer without stamps, seed %d", seed)
+                << quint32(seed) << 1.0 << false << true;
     }
     void randomSessionsConverge()
     {
         QFETCH(quint32, seed);
         QFETCH(double, scale);
+        QFETCH(bool, reordering);
+        QFETCH(bool, legacyPeer);
         DoodleScreen::setScaleOverride(scale);
         QRandomGenerator random(seed);
         QList<Op> ops;
@@ -280,10 +338,10 @@ private slots:
                               ? qEnvironmentVariableIntValue("DOODLE_STEPS")
                               : 60;
         for (int i = 0; i < steps; ++i)
-            ops << randomOp(random);
-        const QString problem = failure(ops);
+            ops << randomOp(random, legacyPeer);
+        const QString problem = failure(ops, reordering);
         if (!problem.isEmpty()) {
-            for (const Op &op : shrunk(ops))
+            for (const Op &op : shrunk(ops, reordering))
                 qWarning().noquote() << describe(op);
         }
         QVERIFY2(problem.isEmpty(), qPrintable(problem));

@@ -335,7 +335,7 @@ void DoodleLayout::canEdit(bool editable)
 
 void DoodleLayout::onDoodleActionReceived(const QString &userId, const DoodleActionPtr &action)
 {
-    if (action && d->withinLimits(userId, *action))
+    if (action && !d->m_muted.contains(userId) && d->withinLimits(userId, *action))
         doodleAction(action, userId);
 }
 

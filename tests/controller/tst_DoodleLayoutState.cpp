@@ -1,0 +1,175 @@
+// A board's state: stamped order, clears that cross drawings in flight, state
+// hand-off to boards that were cut off or join late, fingerprints, moderation.
+#include "BoardHarness.h"
+#include "LogCapture.h"
+
+#include <QtTest>
+
+namespace {
+
+const QSize kBoard(160, 120);
+
+DoodleActionPtr stampedStroke(const QString &user, quint64 stamp, double y)
+{
+    DoodleActionPtr action = strokeAction(user, {{-0.8, y}, {0.8, y + 0.2}},
+                                          QColor::fromHsv(int(stamp * 47 % 360), 200, 200), 0.05f);
+    action->setSeqNo(stamp);
+    return action;
+}
+
+DoodleActionPtr stampedCommand(qint64 type, const QString &user, quint64 stamp)
+{
+    DoodleActionPtr action = commandAction(type, user);
+    action->setSeqNo(stamp);
+    return action;
+}
+
+QStringList cacheOf(DoodleLayout &board)
+{
+    QStringList texts;
+    for (const DoodleCacheEntry &entry : board.doodlePathCache()->entries())
+        texts << entry.owner + QLatin1Char(' ') + QString::number(entry.action->seqNo());
+    return texts;
+}
+
+// The same picture as a fresh board that receives the cache in order.
+int differenceFromReplay(Participant &p)
+{
+    Participant fresh(QStringLiteral("observer"), kBoard);
+    for (const DoodleCacheEntry &entry : p.board.doodlePathCache()->entries())
+        fresh.board.onDoodleActionReceived(entry.owner, entry.action);
+    return maxChannelDifference(p.cache(), fresh.cache(), kBoard);
+}
+
+} // namespace
+
+class TestDoodleLayoutState : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { DoodleScreen::setScaleOverride(1); }
+
+    void arrivalOrderDoesNotMatter()
+    {
+        Participant a(QStringLiteral("a"), kBoard), b(QStringLiteral("b"), kBoard);
+        const QList<std::pair<QString, DoodleActionPtr>> sent = {
+            {"ann", stampedStroke("ann", 1, -0.5)},
+            {"ben", stampedStroke("ben", 1, -0.4)},
+            {"ann", stampedStroke("ann", 2, -0.3)},
+            {"ben", stampedCommand(258, "ben", 1)},
+            {"cat", stampedStroke("cat", 3, -0.45)}};
+        for (const auto &[sender, action] : sent)
+            a.receive(sender, action);
+        for (qsizetype i = sent.size() - 1; i >= 0; --i) // each sender's own order kept
+            b.receive(sent.at(i).first, sent.at(i).second);
+        QCOMPARE(cacheOf(a.board), QStringList({"ann 1", "ann 2", "cat 3"}));
+        QCOMPARE(cacheOf(b.board), cacheOf(a.board));
+        QCOMPARE(b.board.fingerprint(), a.board.fingerprint());
+        QCOMPARE(maxChannelDifference(a.cache(), b.cache(), kBoard), 0);
+        QCOMPARE(differenceFromReplay(b), 0);
+        QCOMPARE(b.board.clock(), quint64(3));
+    }
+
+    void aClearCrossingADrawingInFlight_data()
+    {
+        QTest::addColumn<quint64>("drawingStamp");
+        QTest::addColumn<bool>("kept");
+        QTest::newRow("ordered before the clear: dropped") << quint64(4) << false;
+        QTest::newRow("ordered after the clear: kept") << quint64(6) << true;
+    }
+    void aClearCrossingADrawingInFlight()
+    {
+        QFETCH(quint64, drawingStamp);
+        QFETCH(bool, kept);
+        Participant board(QStringLiteral("me"), kBoard);
+        board.receive("ann", stampedStroke("ann", 2, 0));
+        board.receive("ben", stampedCommand(DoodleActionTypeClean, "ben", 5));
+        board.receive("cat", stampedStroke("cat", drawingStamp, 0.3));
+        QCOMPARE(cacheOf(board.board), kept ? QStringList{QStringLiteral("cat 6")} : QStringList());
+        QCOMPARE(differenceFromReplay(board), 0);
+    }
+
+    void statesMergeAsAUnion()
+    {
+        // Two participants cut off from each other both drew; a third joins late.
+        Participant a(QStringLiteral("a"), kBoard), b(QStringLiteral("b"), kBoard);
+        for (quint64 s = 1; s <= 3; ++s) {
+            a.receive("ann", stampedStroke("ann", s, -0.6 + 0.3 * double(s)));
+            b.receive("ben", stampedStroke("ben", s, -0.5 + 0.3 * double(s)));
+        }
+        b.receive("ann", stampedStroke("ann", 1, -0.3));
+        b.receive("ann", stampedCommand(DoodleActionTypeUndo, "ann", 1));
+        const QString stateA = a.board.exportState(), stateB = b.board.exportState();
+        QVERIFY(a.board.mergeState(stateB));
+        QVERIFY(b.board.mergeState(stateA));
+        QCOMPARE(cacheOf(a.board), QStringList({"ben 1", "ann 2", "ben 2", "ann 3", "ben 3"}));
+        QCOMPARE(cacheOf(b.board), cacheOf(a.board));
+        QCOMPARE(b.board.fingerprint(), a.board.fingerprint());
+        QCOMPARE(maxChannelDifference(a.cache(), b.cache(), kBoard), 0);
+        QCOMPARE(differenceFromReplay(a), 0);
+        // Merging again changes nothing; a late joiner catches up in one merge.
+        const quint64 before = a.board.fingerprint();
+        QVERIFY(a.board.mergeState(b.board.exportState()));
+        QCOMPARE(a.board.fingerprint(), before);
+        Participant late(QStringLiteral("late"), kBoard);
+        QVERIFY(late.board.mergeState(a.board.exportState()));
+        QCOMPARE(late.board.fingerprint(), before);
+        QCOMPARE(maxChannelDifference(late.cache(), a.cache(), kBoard), 0);
+        QVERIFY(late.board.clock() >= a.board.clock());
+    }
+
+    void aStateThatIsNotOneIsRefused_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("junk") << "{\"doodle";
+        QTest::newRow("another version") << "{\"doodle_state\":2,\"actions\":[]}";
+        QTest::newRow("an action")
+            << DoodleTranslate::stringFromDoodleAction(stampedStroke("ann", 1, 0));
+    }
+    void aStateThatIsNotOneIsRefused()
+    {
+        QFETCH(QString, text);
+        Participant board(QStringLiteral("me"), kBoard);
+        board.receive("ann", stampedStroke("ann", 1, 0));
+        const quint64 before = board.board.fingerprint();
+        LogCapture log;
+        QVERIFY(!board.board.mergeState(text));
+        QCOMPARE(log.lines(), QStringList{QStringLiteral("not a board state; not merged")});
+        QCOMPARE(board.board.fingerprint(), before);
+    }
+
+    void moderation()
+    {
+        Participant board(QStringLiteral("me"), kBoard);
+        board.receive("ann", stampedStroke("ann", 1, -0.5));
+        board.receive("ben", stampedStroke("ben", 2, 0));
+        board.receive("ben", stampedStroke("ben", 3, 0.5));
+        board.board.setMuted(QStringLiteral("ann"), true);
+        board.receive("ann", stampedStroke("ann", 4, 0.2));
+        QCOMPARE(cacheOf(board.board), QStringList({"ann 1", "ben 2", "ben 3"}));
+        board.board.setMuted(QStringLiteral("ann"), false);
+        board.board.removeDrawingsOf(QStringLiteral("ben"));
+        QCOMPARE(cacheOf(board.board), QStringList{QStringLiteral("ann 1")});
+        board.receive("ben", stampedStroke("ben", 2, 0)); // a copy does not bring it back
+        board.receive("ann", stampedStroke("ann", 5, 0.2));
+        QCOMPARE(cacheOf(board.board), QStringList({"ann 1", "ann 5"}));
+        QCOMPARE(differenceFromReplay(board), 0);
+    }
+
+    void peersWithoutStamps()
+    {
+        Participant board(QStringLiteral("me"), kBoard);
+        board.receive("old", strokeAction("old", {{-0.5, 0}, {0.5, 0}}));
+        board.receive("ann", stampedStroke("ann", 7, 0.3));
+        board.receive("old", strokeAction("old", {{-0.5, 0.5}, {0.5, 0.5}}));
+        // Arrival order for them; an undo without a stamp takes the sender's last.
+        board.receive("old", commandAction(DoodleActionTypeUndo, "old"));
+        QCOMPARE(cacheOf(board.board), QStringList({"old 0", "ann 7"}));
+        board.receive("old", commandAction(DoodleActionTypeClean, "old"));
+        QVERIFY(cacheOf(board.board).isEmpty());
+        QCOMPARE(differenceFromReplay(board), 0);
+    }
+};
+
+QTEST_MAIN(TestDoodleLayoutState)
+#include "tst_DoodleLayoutState.moc"
