@@ -70,6 +70,52 @@ private slots:
         QCOMPARE(b.board.clock(), quint64(3));
     }
 
+    void lateArrivalsOnAFullBoard()
+    {
+        // 400 drawings, every 23rd held back and delivered at the end, some
+        // crossing what came after them and some apart from it.
+        Participant board(QStringLiteral("me"), kBoard);
+        const auto drawing = [](quint64 stamp) {
+            const double y = double(stamp % 40) / 22.0 - 0.9;
+            DoodleActionPtr action = stampedStroke("peer", stamp, y);
+            if (stamp % 2 == 0) // a short one at the side
+                action->pathPoints() = strokeAction("peer", {{0.85, y}, {0.9, y}})->pathPoints();
+            return action;
+        };
+        QList<quint64> late;
+        for (quint64 stamp = 1; stamp <= 400; ++stamp) {
+            if (stamp % 23 == 0)
+                late << stamp;
+            else
+                board.receive("peer", drawing(stamp));
+        }
+        for (const quint64 stamp : late)
+            board.receive("peer", drawing(stamp));
+        QCOMPARE(board.board.getAllPath().size(), 400);
+        QCOMPARE(differenceFromReplay(board), 0);
+        board.receive("peer", stampedCommand(DoodleActionTypeUndo, "peer", 391));
+        QCOMPARE(differenceFromReplay(board), 0);
+    }
+
+    void aLateArrivalApartFromLaterOnes()
+    {
+        // Drawn last, it lands behind savepoints that must get it too: a drawing
+        // over it, taken back, redraws its region from them.
+        Participant board(QStringLiteral("me"), kBoard);
+        for (quint64 stamp = 2; stamp <= 100; ++stamp)
+            board.receive("ann", stampedStroke("ann", stamp, double(stamp % 9) / 5 - 0.9));
+        const auto right = [](quint64 stamp) {
+            DoodleActionPtr action = stampedStroke("ben", stamp, 0);
+            action->pathPoints() = strokeAction("ben", {{0.9, -0.5}, {0.95, 0.5}})->pathPoints();
+            return action;
+        };
+        board.receive("ben", right(1));
+        board.receive("ben", right(101));
+        board.receive("ben", stampedCommand(DoodleActionTypeUndo, "ben", 101));
+        QCOMPARE(board.board.getAllPath().size(), 100);
+        QCOMPARE(differenceFromReplay(board), 0);
+    }
+
     void aClearCrossingADrawingInFlight_data()
     {
         QTest::addColumn<quint64>("drawingStamp");

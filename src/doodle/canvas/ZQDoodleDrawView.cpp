@@ -142,6 +142,14 @@ template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, 
         m_lastPainted = changed;
         return;
     }
+    if (m_target) {
+        if (!changed.isEmpty() && m_target->size() == m_cacheImage.size()) {
+            QPainter painter(m_target);
+            painter.setRenderHint(QPainter::Antialiasing);
+            draw(painter);
+        }
+        return;
+    }
     const bool redirected = !m_region.isNull();
     if (changed.isEmpty() || (redirected && !changed.intersects(m_region)) || !preparePicture())
         return;

@@ -59,6 +59,9 @@ public:
     // pixels; a null image starts it transparent.
     void beginRegionRedraw(const QRect &region, const QImage &base = QImage());
     void endRegionRedraw();
+    // While a target is set, primitives draw into it (a picture of this
+    // surface's size) instead of the surface; nullptr draws on the surface again.
+    void setTarget(QImage *target) { m_target = target; }
     // While measuring, primitives draw nothing and only report, through
     // lastPaintedRect, the rectangle they would change.
     void setMeasuring(bool measuring) { m_measuring = measuring; }
@@ -87,5 +90,6 @@ private:
     QRect m_lastPainted;
     QRect m_region; // the region being redrawn, if any
     bool m_measuring = false;
+    QImage *m_target = nullptr;
     QImage m_scratch; // kept between region redraws
 };

@@ -153,11 +153,39 @@ void DoodleLayoutPrivate::placeEntry(qsizetype index)
     }
     // A late arrival: only the region it covers is drawn again, in order.
     ZQDoodleDrawView *canvas = cacheSurface();
+    const DoodleAction &action = *m_doodlePathCache.entries().at(index).action;
     canvas->setMeasuring(true);
-    const QRect rect = paint(*m_doodlePathCache.entries().at(index).action);
+    const QRect rect = paint(action);
     canvas->setMeasuring(false);
     m_doodlePathCache.setDrawnRect(index, rect);
+    if (!overlapsLaterEntries(index, rect)) {
+        // Nothing ordered after it touches its pixels, so drawing it last gives
+        // the same picture; savepoints that hold those later ones get it too.
+        paint(action);
+        const QSize pixels = canvas->cacheImage().size();
+        for (DoodleSavepoint &save : m_saves) {
+            if (save.count > index && save.picture.size() != pixels) {
+                save.count = -1;
+            } else if (save.count > index) {
+                canvas->setTarget(&save.picture);
+                paint(action);
+                canvas->setTarget(nullptr);
+                ++save.count;
+            }
+        }
+        return;
+    }
     redrawRegion(rect, index);
+}
+
+bool DoodleLayoutPrivate::overlapsLaterEntries(qsizetype index, const QRect &rect) const
+{
+    const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
+    for (qsizetype i = index + 1; i < entries.size(); ++i) {
+        if (entries.at(i).drawnRect.intersects(rect))
+            return true;
+    }
+    return false;
 }
 
 void DoodleLayoutPrivate::removeEntry(qsizetype index, bool draw)

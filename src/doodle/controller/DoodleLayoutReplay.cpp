@@ -12,8 +12,11 @@
 namespace {
 
 // A savepoint is taken every this many drawings, so an undo of a recent
-// drawing replays at most twice as many, whatever the board holds.
+// drawing replays at most twice as many, whatever the board holds; a coarse
+// one, further behind, serves drawings that arrive late.
 constexpr qsizetype kSavepointStep = 32;
+constexpr qsizetype kCoarseStep = 256;
+constexpr int kCoarse = 2; // the coarse one's slot
 
 DoodleActionPtr makeCommandAction(qint64 type, const QString &userId)
 {
@@ -168,14 +171,16 @@ void DoodleLayout::drawCachePath()
     const qsizetype count = d->m_doodlePathCache.size();
     DOODLE_LOG(QStringLiteral("addAction %1").arg(DoodleNumber::printfD(count)));
     d->dropSavepoints(-1);
-    const qsizetype save = std::max<qsizetype>(0, count - kSavepointStep);
-    for (qsizetype i = 0; i < count; ++i) {
-        if (i == save)
-            d->takeSavepoint(i);
-        d->drawEntry(i);
+    const qsizetype fine = std::max<qsizetype>(0, count - kSavepointStep);
+    const qsizetype coarse = std::max<qsizetype>(0, count - kCoarseStep);
+    for (qsizetype i = 0; i <= count; ++i) {
+        if (i == coarse)
+            d->takeSavepoint(i, true);
+        if (i == fine)
+            d->takeSavepoint(i, false);
+        if (i < count)
+            d->drawEntry(i);
     }
-    if (count == 0)
-        d->takeSavepoint(0);
     d->reapplyLiveErasure();
 }
 
@@ -185,25 +190,39 @@ void DoodleLayoutPrivate::dropSavepoints(qsizetype keepUpTo)
         if (save.count > keepUpTo)
             save.count = -1;
     }
-    if (m_saves[0].count < 0)
-        std::swap(m_saves[0], m_saves[1]);
 }
 
-void DoodleLayoutPrivate::takeSavepoint(qsizetype count)
+void DoodleLayoutPrivate::takeSavepoint(qsizetype count, bool coarse)
 {
-    // The older savepoint's memory is reused for the new one.
-    std::swap(m_saves[0], m_saves[1]);
-    cacheSurface()->copyPicture(m_saves[0].picture);
-    m_saves[0].count = count;
+    // A fine savepoint reuses the memory of the older fine one.
+    DoodleSavepoint &save = coarse                                ? m_saves[kCoarse]
+                            : m_saves[0].count < m_saves[1].count ? m_saves[0]
+                                                                  : m_saves[1];
+    cacheSurface()->copyPicture(save.picture);
+    save.count = count;
+}
+
+const DoodleSavepoint *DoodleLayoutPrivate::newestSavepoint() const
+{
+    const DoodleSavepoint *newest = nullptr;
+    for (const DoodleSavepoint &save : m_saves) {
+        if (save.count >= 0 && (!newest || save.count > newest->count))
+            newest = &save;
+    }
+    return newest;
 }
 
 void DoodleLayoutPrivate::noteAppended()
 {
     // Never while a live eraser has cleared pixels the cache does not hold yet.
+    if (!m_liveErased.isEmpty())
+        return;
     const qsizetype count = m_doodlePathCache.size();
-    if (m_liveErased.isEmpty() &&
-        count - std::max<qsizetype>(m_saves[0].count, 0) >= kSavepointStep)
-        takeSavepoint(count);
+    const qsizetype fine = std::max<qsizetype>({m_saves[0].count, m_saves[1].count, 0});
+    if (count - fine >= kSavepointStep)
+        takeSavepoint(count, false);
+    if (count - std::max<qsizetype>(m_saves[kCoarse].count, 0) >= kCoarseStep)
+        takeSavepoint(count, true);
 }
 
 void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype removed)
@@ -222,9 +241,9 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype removed)
     // is where the replay starts.
     if (removed >= 0)
         dropSavepoints(removed);
-    const DoodleSavepoint &save = m_saves[0];
-    const qsizetype first = std::max<qsizetype>(save.count, 0);
-    canvas->beginRegionRedraw(region, save.count >= 0 ? save.picture : QImage());
+    const DoodleSavepoint *save = newestSavepoint();
+    const qsizetype first = save ? save->count : 0;
+    canvas->beginRegionRedraw(region, save ? save->picture : QImage());
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     for (qsizetype i = first; i < entries.size(); ++i) {
         if (entries.at(i).drawnRect.intersects(region))
@@ -275,7 +294,7 @@ void DoodleLayout::cleanDoodleCaches()
     d->dropSavepoints(-1);
     if (d->m_doodleView) {
         d->cacheSurface()->cleanAllPath();
-        d->takeSavepoint(0);
+        d->takeSavepoint(0, false);
     }
     d->reapplyLiveErasure();
 }

@@ -83,7 +83,8 @@ public:
     void redrawRegion(const QRectF &area, qsizetype removed = -1);
     void noteAppended();
     void dropSavepoints(qsizetype keepUpTo);
-    void takeSavepoint(qsizetype count);
+    void takeSavepoint(qsizetype count, bool coarse);
+    const DoodleSavepoint *newestSavepoint() const;
     void reapplyLiveErasure();
     // Gestures.
     DoodleGestureTool toolForMode(qint64 mode) const;
@@ -116,6 +117,7 @@ public:
     qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
     bool receiveDrawing(const DoodleActionPtr &action, const QString &owner, bool draw);
     void placeEntry(qsizetype index);
+    bool overlapsLaterEntries(qsizetype index, const QRect &rect) const;
     void removeEntry(qsizetype index, bool draw);
     void rememberUndone(const DoodleStamp &stamp);
     qsizetype lastIndexOwnedBy(const QString &owner) const;
@@ -169,7 +171,7 @@ public:
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
     DoodleReceiveLimits m_limits;
-    DoodleSavepoint m_saves[2]; // the newer first
+    DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
     // Order, state and moderation.
     quint64 m_clock = 0;
     std::optional<DoodleStamp> m_lastClear;
