@@ -23,6 +23,7 @@ DoodleActionPtr wavyStroke(int index, int points)
     action->setUserId(QStringLiteral("peer"));
     action->setBrushColor(QColor::fromHsv(index * 37 % 360, 200, 220));
     action->setBrushWidth(0.015f);
+    action->setSeqNo(quint64(index) + 1);
     const double y0 = std::fmod(index * 0.173, 1.8) - 0.9;
     for (int i = 0; i < points; ++i) {
         const double t = double(i) / points;
@@ -88,8 +89,10 @@ void BM_UndoOnFullBoard(benchmark::State &state)
     for (int i = 0; i < state.range(0); ++i)
         phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
     const DoodleActionPtr mine = wavyStroke(int(state.range(0)) / 2, 50);
+    quint64 stamp = 100000;
     for (auto _ : state) {
         state.PauseTiming();
+        mine->setSeqNo(++stamp); // the newest drawing, as the local user's last one is
         phone.board.onDoodleActionReceived(QStringLiteral("me"), mine);
         state.ResumeTiming();
         phone.board.undo();
@@ -97,6 +100,52 @@ void BM_UndoOnFullBoard(benchmark::State &state)
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_UndoOnFullBoard)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicrosecond);
+
+// A drawing that arrives 100 places late on a board of 5 000: across the
+// board like the others (range 0) or in a corner nothing later touches (1).
+void BM_LateArrival(benchmark::State &state)
+{
+    PhoneBoard phone;
+    for (int i = 0; i < 5000; ++i)
+        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    auto late = std::make_shared<DoodleAction>(*wavyStroke(4900, 50));
+    if (state.range(0) == 1) {
+        late->pathPoints().clear();
+        late->addPointWithPositionX(-0.98f, 0.98f, 2);
+        late->addPointWithPositionX(-0.96f, 0.97f, 2);
+    }
+    int round = 0;
+    for (auto _ : state) {
+        const QString sender = QStringLiteral("late%1").arg(round++);
+        phone.board.onDoodleActionReceived(sender, late);
+        state.PauseTiming();
+        phone.board.undoDrawPathWithUserId(sender);
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_LateArrival)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+
+// Export of a 5 000-drawing state, and its merge into an empty board.
+void BM_StateHandOff(benchmark::State &state)
+{
+    PhoneBoard phone;
+    for (int i = 0; i < 5000; ++i)
+        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    const QString exported = phone.board.exportState();
+    for (auto _ : state) {
+        if (state.range(0) == 0) {
+            benchmark::DoNotOptimize(phone.board.exportState());
+        } else {
+            state.PauseTiming();
+            PhoneBoard joiner;
+            state.ResumeTiming();
+            joiner.board.mergeState(exported);
+        }
+    }
+    state.counters["bytes"] = double(exported.size());
+}
+BENCHMARK(BM_StateHandOff)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void BM_ReceiveOneStroke(benchmark::State &state)
 {
