@@ -36,8 +36,10 @@ private:
     {
         if (s_previousFilter)
             s_previousFilter(category);
-        if (isDoodle(category->categoryName()))
-            category->setEnabled(QtInfoMsg, true);
+        if (isDoodle(category->categoryName())) {
+            for (QtMsgType type : {QtInfoMsg, QtWarningMsg, QtCriticalMsg})
+                category->setEnabled(type, true);
+        }
     }
     static void handler(QtMsgType, const QMessageLogContext &context, const QString &message)
     {
