@@ -91,6 +91,7 @@ private slots:
         QTest::addColumn<QString>("gesture");
         QTest::newRow("tap, then a rectangle leaving the board") << "tap-rect";
         QTest::newRow("text at a fractional point") << "text";
+        QTest::newRow("colour and width changed mid-stroke") << "switch";
     }
     void localGesturesEqualTheirReplay()
     {
@@ -106,6 +107,19 @@ private slots:
             board.touchesMoved({{120, 70}, {60, 40}});
             board.touchesMoved({{260, 90}, {120, 70}});
             board.touchesEnded({{140, 80}, {260, 90}});
+        } else if (gesture == QLatin1String("switch")) {
+            board.setBrushWidth(6);
+            board.touchesBegan({{20, 40}, {20, 40}});
+            board.touchesMoved({{100, 40}, {20, 40}});
+            board.setBrushColor(Qt::red);
+            board.setBrushWidth(1);
+            board.setActionMode(DoodleActionModeEraser);
+            board.touchesMoved({{180, 45}, {100, 40}});
+            board.touchesEnded({{180, 45}, {180, 45}});
+            const DoodleActionPtr sent = p.me.host.generated.value(0);
+            QVERIFY(sent && sent->actionType() == DoodleActionTypeStroke);
+            QCOMPARE(QColor(sent->brushColor()), QColor(20, 120, 200, 180));
+            QCOMPARE(sent->brushWidth(), 0.06f);
         } else {
             board.setActionMode(DoodleActionModeText);
             board.setTextSize(13.7);
