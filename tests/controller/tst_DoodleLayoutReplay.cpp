@@ -136,6 +136,15 @@ private slots:
         QCOMPARE(QColor(cache.pixel(50, 25)), QColor(Qt::blue));
     }
 
+    void aHostResizeRedrawsFromTheCache()
+    {
+        Participant bob(QStringLiteral("bob"), kBobSize);
+        bob.receive("alice", boxAction(DoodleActionTypeEllipse, "alice", {-0.5, -0.5, 1, 1}));
+        bob.board.view()->show();
+        bob.board.view()->resize(kAliceSize); // the host's own layout, not a frame reset
+        QCOMPARE(differenceFromReplay(bob, kAliceSize), 0);
+    }
+
     void aTwoPointStrokeIsSmoothedThroughTheMidpoint()
     {
         Participant bob(QStringLiteral("bob"), kBobSize);

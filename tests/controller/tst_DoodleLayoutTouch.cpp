@@ -111,6 +111,10 @@ private slots:
         t.host.onGenerated = [&](const DoodleActionPtr &) {
             cachedWhenGenerated = t.board.getAllPath().size();
         };
+        // A drag with another button is no gesture.
+        QTest::mousePress(t.view(), Qt::RightButton, {}, {30, 80});
+        QTest::mouseMove(t.view(), {90, 80});
+        QTest::mouseRelease(t.view(), Qt::RightButton, {}, {90, 80});
         t.drag({{20, 20}, {60, 30}, {100, 50}, {180, 90}}, input);
         const DoodleActionPtr action = t.onlyAction();
         QVERIFY(action);

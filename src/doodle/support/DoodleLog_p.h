@@ -7,16 +7,8 @@
 #include <QRectF>
 #include <QString>
 
-// The library's one logging category, "doodle". It reports warnings only
-// unless a host asks for more ("doodle.info=true").
-DOODLE_EXPORT Q_DECLARE_LOGGING_CATEGORY(lcDoodle)
-
-// Writes one line through the "doodle" category at info level. The argument is
-// evaluated only when that level is enabled, so a filtered line costs nothing.
-#define DOODLE_LOG(line) qCInfo(lcDoodle).noquote() << (line)
-
-    // C printf number formats that do not depend on the process locale.
-    class DOODLE_EXPORT DoodleNumber
+// C printf number formats that do not depend on the process locale.
+class DOODLE_EXPORT DoodleNumber
 {
 public:
     // "%d": a signed decimal integer.
@@ -32,3 +24,11 @@ public:
     static QString pointText(const QPointF &point);
     static QString rectText(const QRectF &rect);
 };
+
+// The library's one logging category, "doodle". It reports warnings only
+// unless a host asks for more ("doodle.info=true").
+DOODLE_EXPORT Q_DECLARE_LOGGING_CATEGORY(lcDoodle)
+
+// Writes one line through the "doodle" category at info level. The argument is
+// evaluated only when that level is enabled, so a filtered line costs nothing.
+#define DOODLE_LOG(line) qCInfo(lcDoodle).noquote() << (line)
