@@ -14,6 +14,7 @@
 #include <QSizeF>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class DoodleLayoutPrivate;
@@ -52,6 +53,9 @@ struct DoodleReceiveLimits
     qsizetype actionsPerAuthor = 20000;    // drawings one sender keeps cached
     qsizetype pointsPerAuthor = 2000000;   // stroke points one sender keeps cached
 };
+
+// Where a saved picture of the board goes.
+using DoodlePictureSink = std::function<void(const QImage &picture)>;
 
 // The controller of one doodle board and the host's only point of contact.
 // It owns the board's view (created on first use), the drawn-action cache and
@@ -181,6 +185,23 @@ public:
     void showToolBar();
     void hideToolBar(bool hidden);
     void reloadToolBar();
+
+    // Saving. saveImage() hands a snapshot to the picture sink: by default a
+    // new PNG file in the user's pictures folder; a host may set its own.
+    void saveImage();
+    void setPictureSink(const DoodlePictureSink &sink);
+    // The board without its tool bars, at one pixel a point, watermarked
+    // with waterString(); the bars are shown afterwards.
+    QImage imageScreenShot();
+    // `image` redrawn at the screen scale with `text` tiled over it in a grid
+    // turned by 30 degrees; without a text only redrawn.
+    static QImage addWatermarketWithOriginImage(const QImage &image, const QString &text);
+    // `image` with every pixel it covers in `color`, its alpha kept.
+    static QImage imageWithColor(const QColor &color, const QImage &image);
+    // A disc of `color` in (8, 8, width - 22, height - 22) at the screen scale.
+    static QImage coloredImage(const QColor &color, const QSizeF &size);
+    // `image` over the disc of coloredImage() at its size.
+    static QImage imageWithBackgroundColor(const QColor &color, const QImage &image);
 
 private:
     friend class DoodleLayoutPrivate;

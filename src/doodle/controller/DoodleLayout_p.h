@@ -70,6 +70,8 @@ public:
     void addToolBarToView();
     void setToolButtonVisible(bool visible);
     void closePickers();
+    // Saving.
+    void writePicture(const QImage &picture) const;
     // Replay.
     ZQDoodleDrawView *cacheSurface();
     QRect paint(const DoodleAction &action);
@@ -182,4 +184,5 @@ public:
     // The tool bar and its floating button, once the tool bar exists.
     QPointer<QWidget> m_doodletoolbar;
     QPointer<QWidget> m_doodletoolButton;
+    DoodlePictureSink m_pictureSink; // none: a PNG in the pictures folder
 };
