@@ -33,6 +33,35 @@ class TestDoodleLayoutSnapshot : public QObject
 private slots:
     void init() { DoodleScreen::setScaleOverride(2); }
 
+    void theSnapshotLeavesOutTheBars_data()
+    {
+        QTest::addColumn<QString>("bars");
+        QTest::newRow("unfolded") << "unfolded";
+        QTest::newRow("folded") << "folded";
+        QTest::newRow("hidden by the host") << "hidden";
+    }
+    void theSnapshotLeavesOutTheBars()
+    {
+        QFETCH(QString, bars);
+        Participant me(QStringLiteral("me"), QSize(300, 400));
+        me.board.view()->show();
+        if (bars != QLatin1String("folded"))
+            me.board.showToolBar();
+        if (bars == QLatin1String("hidden"))
+            me.board.hideToolBar(true);
+        // A red line along the bar, through the floating button.
+        me.receive("peer", strokeAction("peer", {{-1, 0.82}, {1, 0.82}}, Qt::red, 0.04f));
+        me.receive("peer", strokeAction("peer", {{-1, -0.5}, {1, -0.5}}, Qt::red, 0.04f));
+        const QImage shot = me.board.imageScreenShot();
+        QCOMPARE(shot.size(), QSize(600, 800));
+        QCOMPARE(shot.pixelColor(300, 200), QColor(Qt::red)); // the drawing
+        QCOMPARE(shot.pixelColor(300, 728), QColor(Qt::red)); // no bar over it
+        for (const QPoint p : {QPoint(60, 750), QPoint(300, 760), QPoint(544, 644)})
+            QCOMPARE(shot.pixelColor(p).alpha(), 0); // neither the bar nor the button
+        QVERIFY(me.board.doodletoolbar()->isVisibleTo(me.board.view()));
+        QVERIFY(me.board.doodletoolButton()->isVisibleTo(me.board.view()));
+    }
+
     void aLineThinnerThanASnapshotPixelIsAveraged()
     {
         Participant me(QStringLiteral("me"), QSize(100, 100));
