@@ -7,7 +7,7 @@ packages=(
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev
     libbenchmark-dev
     clang libclang-rt-14-dev clang-format
-    fonts-dejavu-core locales xvfb xauth
+    fonts-dejavu-core locales xvfb xauth xdotool imagemagick
 )
 
 sudo_cmd=()

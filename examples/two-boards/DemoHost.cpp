@@ -1,20 +1,29 @@
 #include "DemoHost.h"
 
-#include <QButtonGroup>
+#include <QDir>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QToolButton>
+#include <QTextStream>
 #include <QVBoxLayout>
 
-DemoParticipant::DemoParticipant(const QString &userId, const QSize &boardSize) : m_board(userId)
+DemoParticipant::DemoParticipant(const QString &userId, const QSize &boardSize,
+                                 const QString &outputFolder)
+    : m_board(userId), m_outputFolder(outputFolder)
 {
     m_board.setDelegate(this);
-    m_board.setBackgroundColor(Qt::white);
     m_board.resetDoodleViewFrame(QRect(QPoint(0, 0), boardSize));
     m_board.view()->setFixedSize(boardSize);
-    // Without the library's tool bar the host unfolds the board itself.
-    m_board.showToolBar();
+    // The board opens folded: its floating button unfolds the tool bar.
+    m_board.setPictureSink([this](const QImage &picture) { writePicture(picture); });
+    configure();
+}
+
+// Closing resets a board's settings; the host gives them again.
+void DemoParticipant::configure()
+{
+    m_board.setBackgroundColor(Qt::white);
+    m_board.setWaterString(QStringLiteral("doodle demo · %1").arg(m_board.userId()));
 }
 
 void DemoParticipant::onDoodleActionGenerated(const DoodleActionPtr &action)
@@ -23,53 +32,80 @@ void DemoParticipant::onDoodleActionGenerated(const DoodleActionPtr &action)
         send(m_board.userId(), m_board.doodleActionToString(action));
 }
 
+void DemoParticipant::onPauseDoodle()
+{
+    emit status(tr("%1: the round button unfolds the tools").arg(m_board.userId()));
+}
+
+void DemoParticipant::onRestartDoodle()
+{
+    emit status(tr("%1 is drawing").arg(m_board.userId()));
+}
+
+void DemoParticipant::onCloseDoodle()
+{
+    emit status(tr("%1 closed the board").arg(m_board.userId()));
+}
+
 void DemoParticipant::receive(const QString &sender, const QString &text)
 {
     if (const DoodleActionPtr action = m_board.stringToDoodleAction(text))
         m_board.onDoodleActionReceived(sender, action);
 }
 
-QWidget *DemoParticipant::createControls(QWidget *parent)
+void DemoParticipant::reopen(DoodleLayout &peer)
 {
-    auto *strip = new QWidget(parent);
-    auto *layout = new QHBoxLayout(strip);
-    layout->setContentsMargins(0, 0, 0, 0);
-    auto *tools = new QButtonGroup(strip);
-    const std::pair<const char *, qint64> modes[] = {
-        {"Pen", DoodleActionModeBrush},           {"Eraser", DoodleActionModeEraser},
-        {"Rectangle", DoodleActionModeRectangle}, {"Ellipse", DoodleActionModeEllipse},
-        {"Arrow", DoodleActionModeArrow},         {"Text", DoodleActionModeText}};
-    for (const auto &[title, mode] : modes) {
-        auto *button = new QToolButton(strip);
-        button->setText(QString::fromLatin1(title));
-        button->setCheckable(true);
-        button->setChecked(mode == m_board.actionMode());
-        tools->addButton(button, int(mode));
-        layout->addWidget(button);
-    }
-    connect(tools, &QButtonGroup::idClicked, this,
-            [this](int mode) { m_board.setActionMode(mode); });
-    auto *undo = new QPushButton(QStringLiteral("Undo"), strip);
-    auto *clear = new QPushButton(QStringLiteral("Clear"), strip);
-    connect(undo, &QPushButton::clicked, this, [this] { m_board.undo(); });
-    connect(clear, &QPushButton::clicked, this, [this] { m_board.cleanDoodle(); });
-    layout->addWidget(undo);
-    layout->addWidget(clear);
-    layout->addStretch();
-    return strip;
+    configure();
+    // A closed board forgot everything; it catches up as a late joiner would.
+    m_board.mergeState(peer.exportState());
+    onPauseDoodle();
+}
+
+void DemoParticipant::writePicture(const QImage &picture)
+{
+    const QString name =
+        QStringLiteral("doodle-demo-%1-%2.png").arg(m_board.userId()).arg(++m_saved);
+    const QString path = QDir(m_outputFolder).absoluteFilePath(name);
+    const bool written = picture.save(path);
+    QTextStream(written ? stdout : stderr) << (written ? "" : "could not write ") << path << '\n';
+    emit status(written ? tr("%1: saved %2").arg(m_board.userId(), QDir::toNativeSeparators(path))
+                        : tr("%1: could not save %2").arg(m_board.userId(), path));
+    emit pictureSaved(written ? path : QString());
+    // A note over the board that closes itself.
+    RoShow::showAlertWith(m_board.view(), written ? tr("Saved %1").arg(name) : tr("Not saved"), 1.5,
+                          RoShow::Callback());
 }
 
 DemoWindow::DemoWindow(DemoParticipant &alice, DemoParticipant &bob)
 {
     setWindowTitle(QStringLiteral("Doodle: alice and bob"));
-    auto *row = new QHBoxLayout(this);
-    for (DemoParticipant *p : {&alice, &bob}) {
-        auto *column = new QVBoxLayout;
-        column->addWidget(new QLabel(p->board().userId(), this));
-        column->addWidget(p->createControls(this));
-        p->board().view()->setParent(this);
-        column->addWidget(p->board().view(), 0, Qt::AlignLeft | Qt::AlignTop);
-        column->addStretch();
-        row->addLayout(column);
-    }
+    new QHBoxLayout(this);
+    addColumn(alice, bob);
+    addColumn(bob, alice);
+}
+
+void DemoWindow::addColumn(DemoParticipant &participant, DemoParticipant &peer)
+{
+    DoodleLayout &board = participant.board();
+    auto *column = new QVBoxLayout;
+    auto *status = new QLabel(this);
+    connect(&participant, &DemoParticipant::status, status, &QLabel::setText);
+    participant.onPauseDoodle(); // the board opens folded
+    // The board's place: the board lies on it; once closed, the button shows.
+    auto *place = new QWidget(this);
+    place->setFixedSize(board.view()->size());
+    auto *reopen = new QPushButton(tr("Open %1's board again").arg(board.userId()), place);
+    (new QVBoxLayout(place))->addWidget(reopen, 0, Qt::AlignCenter);
+    board.view()->setParent(place);
+    board.view()->raise();
+    column->addWidget(status);
+    column->addWidget(place, 0, Qt::AlignLeft | Qt::AlignTop);
+    column->addStretch();
+    static_cast<QHBoxLayout *>(layout())->addLayout(column);
+    connect(reopen, &QPushButton::clicked, this, [&participant, &peer, &board, place] {
+        participant.reopen(peer.board());
+        board.view()->setParent(place);
+        board.view()->move(0, 0);
+        board.view()->show();
+    });
 }

@@ -1,6 +1,8 @@
-// Demo host: two participants drawing together. With a display it opens a
-// window; without one it plays the sample session through both boards and
-// writes a picture of each.
+// Demo host: two participants drawing together, each with the library's own
+// tool bar. With a display it opens a window; without one it plays the sample
+// session through both boards, unfolds their tool bars, saves a picture of
+// each board through the host's picture sink and writes one of the window.
+// Pictures go into the current folder.
 #include "DemoHost.h"
 
 #include <QApplication>
@@ -16,23 +18,13 @@ bool hasDisplay()
            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
-bool savePicture(const QImage &image, const QString &name)
-{
-    const QString png = QDir::current().absoluteFilePath(name);
-    if (!image.save(png))
-        return false;
-    QTextStream(stdout) << png << '\n';
-    return true;
-}
-
-// Every line reaches both boards as received from the action's own author;
-// then each board and the whole window are written as pictures.
-int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &path, QWidget &window)
+// Every line reaches both boards as received from the action's own author.
+bool playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         QTextStream(stderr) << "doodle_demo: cannot read " << path << '\n';
-        return 1;
+        return false;
     }
     while (!file.atEnd()) {
         const QString text = QString::fromUtf8(file.readLine()).trimmed();
@@ -42,12 +34,24 @@ int playSession(DemoParticipant &alice, DemoParticipant &bob, const QString &pat
         alice.receive(action->userId(), text);
         bob.receive(action->userId(), text);
     }
+    return true;
+}
+
+// What a user would do: unfold each board's tools and save it; then the window.
+int savePictures(DemoParticipant &alice, DemoParticipant &bob, QWidget &window)
+{
+    bool saved = true;
     for (DemoParticipant *p : {&alice, &bob}) {
-        const QString name = QStringLiteral("doodle-demo-%1.png").arg(p->board().userId());
-        if (!savePicture(p->board().doodleView()->convertViewToImage(), name))
-            return 1;
+        QObject::connect(p, &DemoParticipant::pictureSaved,
+                         [&saved](const QString &path) { saved = saved && !path.isEmpty(); });
+        p->board().doodletoolButton()->click();
+        p->board().saveImage();
     }
-    return savePicture(window.grab().toImage(), QStringLiteral("doodle-demo-window.png")) ? 0 : 1;
+    const QString png = QDir::current().absoluteFilePath(QStringLiteral("doodle-demo-window.png"));
+    if (!saved || !window.grab().toImage().save(png))
+        return 1;
+    QTextStream(stdout) << png << '\n';
+    return 0;
 }
 
 } // namespace
@@ -58,8 +62,9 @@ int main(int argc, char **argv)
     if (offscreen)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    DemoParticipant alice(QStringLiteral("alice"), QSize(390, 560));
-    DemoParticipant bob(QStringLiteral("bob"), QSize(300, 420));
+    const QString output = QDir::currentPath();
+    DemoParticipant alice(QStringLiteral("alice"), QSize(460, 620), output);
+    DemoParticipant bob(QStringLiteral("bob"), QSize(400, 500), output);
     alice.send = [&bob](const QString &sender, const QString &text) { bob.receive(sender, text); };
     bob.send = [&alice](const QString &sender, const QString &text) {
         alice.receive(sender, text);
@@ -68,7 +73,10 @@ int main(int argc, char **argv)
     const QString session = app.arguments().value(1, QStringLiteral(DOODLE_SAMPLE_SESSION));
     DemoWindow window(alice, bob);
     window.show();
-    if (offscreen || app.platformName() == QLatin1String("offscreen"))
-        return playSession(alice, bob, session, window);
+    if (offscreen || app.platformName() == QLatin1String("offscreen")) {
+        if (!playSession(alice, bob, session))
+            return 1;
+        return savePictures(alice, bob, window);
+    }
     return app.exec();
 }

@@ -30,6 +30,9 @@ struct TouchBoard : Participant
         : Participant(QStringLiteral("me"), kBoard)
     {
         board.showToolBar();
+        // The bar covers the lower half of so small a board; hidden (still
+        // unfolded), it leaves every gesture below to the board.
+        board.hideToolBar(true);
         board.setActionMode(mode);
         board.setBrushWidth(4);
         board.setBrushColor(Qt::red);

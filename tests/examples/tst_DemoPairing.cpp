@@ -1,6 +1,9 @@
-// A stroke drawn with the mouse on one board of the demo shows up, scaled, on
-// the other, which hears of it only through the text form.
+// A stroke drawn with the mouse on one board of the demo, once its tool bar is
+// unfolded, shows up, scaled, on the other, which hears of it only through the
+// text form.
 #include "DemoHost.h"
+
+#include <doodle/toolbar/ZQDoodleButton.h>
 
 #include <QtTest>
 
@@ -19,8 +22,9 @@ private slots:
     void aStrokeAppearsScaledOnThePeer()
     {
         QFETCH(qint64, mode);
-        DemoParticipant alice(QStringLiteral("alice"), QSize(400, 600));
-        DemoParticipant bob(QStringLiteral("bob"), QSize(200, 200));
+        QTemporaryDir out;
+        DemoParticipant alice(QStringLiteral("alice"), QSize(400, 600), out.path());
+        DemoParticipant bob(QStringLiteral("bob"), QSize(200, 200), out.path());
         QStringList wire;
         alice.send = [&](const QString &sender, const QString &text) {
             wire << text;
@@ -30,6 +34,7 @@ private slots:
         alice.board().setBrushWidth(8);
         alice.board().setBrushColor(QColor(0, 128, 255));
         alice.board().view()->show();
+        QTest::mouseClick(alice.board().doodletoolButton(), Qt::LeftButton); // unfold
 
         // A horizontal drag across the middle of alice's board.
         QWidget *view = alice.board().view();

@@ -223,6 +223,7 @@ void DoodleLayoutPrivate::viewDidLoad()
     addToolBarToView();
     // The board opens with the tool bar folded away; nobody hears of it yet.
     q->showToolBar();
+    q->doodletoolbar()->setDelegate(q);
     observeNotifications();
     q->loadDoodleView();
 }

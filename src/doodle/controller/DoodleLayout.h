@@ -4,6 +4,10 @@
 #include <doodle/canvas/ZQDoodleView.h>
 #include <doodle/controller/DoodleLayoutDelegate.h>
 #include <doodle/model/DoodleAction.h>
+#include <doodle/toolbar/BrushColorView.h>
+#include <doodle/toolbar/ZQColourToolbar.h>
+#include <doodle/toolbar/ZQDoodleButtonView.h>
+#include <doodle/toolbar/ZQDoodleToolbar.h>
 
 #include <QColor>
 #include <QImage>
@@ -14,10 +18,12 @@
 #include <QSizeF>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class DoodleLayoutPrivate;
 class DoodlePathCache;
+class QAbstractButton;
 class QRect;
 
 // The tools a gesture can draw with.
@@ -53,11 +59,21 @@ struct DoodleReceiveLimits
     qsizetype pointsPerAuthor = 2000000;   // stroke points one sender keeps cached
 };
 
+// Where a saved picture of the board goes.
+using DoodlePictureSink = std::function<void(const QImage &picture)>;
+
 // The controller of one doodle board and the host's only point of contact.
-// It owns the board's view (created on first use), the drawn-action cache and
-// the tool settings, turns local gestures into actions for the host and
-// replays the actions the host receives from the other participants.
-class DOODLE_EXPORT DoodleLayout : public QObject, public ZQDoodleViewDelegate
+// It owns the board's view (created on first use), the drawn-action cache,
+// the tool settings and the tool bars, turns local gestures into actions for
+// the host and replays the actions the host receives from the other
+// participants. It answers the tool bars and pickers, so a host may also make
+// it the delegate of a colour tool bar or a colour picker it places itself.
+class DOODLE_EXPORT DoodleLayout : public QObject,
+                                   public ZQDoodleViewDelegate,
+                                   public DoodleToolbarDelegate,
+                                   public ZQDoodleButtonViewDelegate,
+                                   public ColourToolbarDelegate,
+                                   public BrushColorViewDelegate
 {
     Q_OBJECT
 public:
@@ -177,10 +193,50 @@ public:
     bool isMuted(const QString &userId) const;
     void removeDrawingsOf(const QString &userId);
 
-    // Tool bar.
+    // Tool bar. The board opens with the bar folded away and its floating
+    // button showing; the button (or showToolBar) unfolds and folds it.
+    ZQDoodleToolbar *doodletoolbar();
+    ZQDoodleButton *doodletoolButton();
     void showToolBar();
     void hideToolBar(bool hidden);
     void reloadToolBar();
+    // Buttons of the host's own; colourToolbar() shows the chosen colour on colourButton.
+    QAbstractButton *brushButton() const;
+    void setBrushButton(QAbstractButton *button);
+    QAbstractButton *colourButton() const;
+    void setColourButton(QAbstractButton *button);
+    // The option pickers above the tool bar; at most one is open.
+    void addLineView();
+    void addEraserView();
+    void addTextSizeView();
+    void addColorView();
+    void removeLineView();
+    void removeEraserView();
+    void removeTextSizeView();
+    void removeColorView();
+    // The answers to the tool bar's and the pickers' taps.
+    void doodleToolbar(ZQDoodleToolbar *toolbar, ZQDoodleButton *button,
+                       qint64 buttonType) override;
+    void doodleButtonView(ZQDoodleButtonView *view, qint64 selectIndex, qint64 buttonType) override;
+    void colourToolbar(ZQColourToolbar *toolbar, const QColor &color) override;
+    void brushColorView(BrushColorView *view, const QColor &color) override;
+
+    // Saving. saveImage() hands a snapshot to the picture sink: by default a
+    // new PNG file in the user's pictures folder; a host may set its own.
+    void saveImage();
+    void setPictureSink(const DoodlePictureSink &sink);
+    // The board without its tool bars, at one pixel a point, watermarked
+    // with waterString(); the bars are shown afterwards.
+    QImage imageScreenShot();
+    // `image` redrawn at the screen scale with `text` tiled over it in a grid
+    // turned by 30 degrees; without a text only redrawn.
+    static QImage addWatermarketWithOriginImage(const QImage &image, const QString &text);
+    // `image` with every pixel it covers in `color`, its alpha kept.
+    static QImage imageWithColor(const QColor &color, const QImage &image);
+    // A disc of `color` in (8, 8, width - 22, height - 22) at the screen scale.
+    static QImage coloredImage(const QColor &color, const QSizeF &size);
+    // `image` over the disc of coloredImage() at its size.
+    static QImage imageWithBackgroundColor(const QColor &color, const QImage &image);
 
 private:
     friend class DoodleLayoutPrivate;

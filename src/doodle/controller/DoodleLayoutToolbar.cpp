@@ -1,42 +1,216 @@
-// Board controller: the tool state and the main tool bar with its floating button.
-// The bar itself is added by the tool-bar subsystem; until then these
-// operations keep the tool state and the fold state, and act on no widget.
+// Board controller: the tool state, the main tool bar with its floating
+// button, the option pickers above the bar and the answers to their taps.
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayoutView.h"
 #include "DoodleLayout_p.h"
 
+#include <doodle/support/DoodleBundle_p.h>
+#include <doodle/toolbar/ZQDoodleButton.h>
+
+#include <QAbstractButton>
+#include <QEvent>
+#include <QGraphicsDropShadowEffect>
+#include <QIcon>
+#include <QPixmap>
+
+#include <limits>
+
+// One of the four option pickers: the field that holds it while open, the
+// tool-bar button it opens above, what it offers, its saved selection and width.
+struct DoodlePicker
+{
+    QPointer<ZQDoodleButtonView> DoodleLayoutPrivate::*field;
+    qint64 anchorType;
+    qint64 pickerType;
+    qint64 DoodleLayoutPrivate::*selectIndex;
+    int width;
+};
+
+namespace {
+
+const DoodlePicker kLinePicker{&DoodleLayoutPrivate::m_lineView, DoodleToolbarButtonTypeWidth,
+                               ZQDoodleButtonViewTypeBrushWidth,
+                               &DoodleLayoutPrivate::m_widthSelectIndex, 125};
+const DoodlePicker kEraserPicker{&DoodleLayoutPrivate::m_eraserView, DoodleToolbarButtonTypeEraser,
+                                 ZQDoodleButtonViewTypeEraserWidth,
+                                 &DoodleLayoutPrivate::m_eraserSelectIndex, 100};
+const DoodlePicker kTextSizePicker{&DoodleLayoutPrivate::m_textSizeView,
+                                   DoodleToolbarButtonTypeText, ZQDoodleButtonViewTypeTextSize,
+                                   &DoodleLayoutPrivate::m_textSizeSelectIndex, 125};
+const DoodlePicker kColorPicker{&DoodleLayoutPrivate::m_colorView, DoodleToolbarButtonTypeColour,
+                                ZQDoodleButtonViewTypeColour,
+                                &DoodleLayoutPrivate::m_colorSelectIndex, 220};
+// Closed in this order when the bar folds or a touch begins on the board.
+const DoodlePicker *const kPickers[] = {&kLinePicker, &kEraserPicker, &kColorPicker,
+                                        &kTextSizePicker};
+
+constexpr int kBarMargin = 16;
+constexpr int kBarHeight = 30;
+constexpr int kPickerHeight = 32;
+constexpr int kPickerGap = 9;
+
+// The tool-bar button shown selected for an action mode; 0 for none. Note
+// the crosswise pair: the rectangle tool (3) marks the "rect" button (6) and
+// the ellipse tool (4) the "oval" button (5).
+qint64 markedButtonType(qint64 mode)
+{
+    switch (mode) {
+    case DoodleActionModeBrush:
+        return DoodleToolbarButtonTypeWidth;
+    case DoodleActionModeEraser:
+        return DoodleToolbarButtonTypeEraser;
+    case DoodleActionModeRectangle:
+        return DoodleToolbarButtonTypeRect;
+    case DoodleActionModeEllipse:
+        return DoodleToolbarButtonTypeOval;
+    case DoodleActionModeArrow:
+        return DoodleToolbarButtonTypeArrow;
+    case DoodleActionModeText:
+        return DoodleToolbarButtonTypeText;
+    default:
+        return 0;
+    }
+}
+
+// Takes the presses that land on the bar between its buttons, so that no
+// gesture starts under the bar.
+class DoodleBarInputSink : public QObject
+{
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::MouseMove:
+        case QEvent::MouseButtonRelease:
+        case QEvent::TouchBegin:
+        case QEvent::TouchUpdate:
+        case QEvent::TouchEnd:
+        case QEvent::TabletPress:
+        case QEvent::TabletMove:
+        case QEvent::TabletRelease:
+            event->accept();
+            return true;
+        default:
+            return false;
+        }
+    }
+};
+
+QImage bundleImage(const QString &name)
+{
+    return DoodleBundle::image(name, QStringLiteral("png"));
+}
+
+// A host's button shows the image: as its own image when it is one of ours,
+// else as its icon.
+void setNormalImage(QAbstractButton *button, const QImage &image)
+{
+    if (auto *ours = qobject_cast<ZQDoodleButton *>(button))
+        ours->setNormalImage(image);
+    else
+        button->setIcon(QIcon(QPixmap::fromImage(image)));
+}
+
+} // namespace
+
 void DoodleLayout::setActionMode(qint64 mode)
 {
     d->m_actionMode = mode;
-    if (mode < DoodleActionModeBrush || mode > DoodleActionModeText)
+    const qint64 marked = markedButtonType(mode);
+    if (marked == 0)
         return;
-    // The tool bar is laid out against the controller's view, so marking the
-    // selected tool loads the view first.
-    view();
+    // Asking for the bar creates it, which loads the view (see doodletoolbar()).
+    for (ZQDoodleButton *button : doodletoolbar()->buttons())
+        button->setSelected(button->type() == marked);
+}
+
+ZQDoodleToolbar *DoodleLayout::doodletoolbar()
+{
+    if (!d->m_doodletoolbar) {
+        // Stored before the view is asked for its size: loading the view adds
+        // this very bar to it.
+        auto *bar = new ZQDoodleToolbar(false);
+        d->m_doodletoolbar = bar;
+        bar->setAttribute(Qt::WA_AcceptTouchEvents);
+        bar->installEventFilter(new DoodleBarInputSink(bar));
+        d->styleToolBar();
+    }
+    return d->m_doodletoolbar;
+}
+
+void DoodleLayoutPrivate::styleToolBar()
+{
+    const QSize size = q->view()->size();
+    m_doodletoolbar->setGeometry(kBarMargin, size.height() - kBarHeight - kBarMargin,
+                                 size.width() - 2 * kBarMargin, kBarHeight);
+    m_doodletoolbar->setCornerRadius(4.0);
+    m_doodletoolbar->setBackgroundColor(
+        QColor::fromRgbF(30 / 255.0f, 30 / 255.0f, 30 / 255.0f, double(0.4f)));
+    m_doodletoolbar->setDelegate(q);
+    m_doodletoolbar->setColourButton(m_brushColor);
+}
+
+ZQDoodleButton *DoodleLayout::doodletoolButton()
+{
+    if (!d->m_doodletoolButton) {
+        auto *button = new ZQDoodleButton;
+        d->m_doodletoolButton = button;
+        button->setNormalImage(bundleImage(QStringLiteral("doodle")));
+        button->setFocusPolicy(Qt::NoFocus);
+        button->setAccessibleName(tr("Tools"));
+        connect(button, &ZQDoodleButton::clicked, this, &DoodleLayout::showToolBar);
+        auto *shadow = new QGraphicsDropShadowEffect(button);
+        shadow->setOffset(0, 0);
+        shadow->setColor(QColor::fromRgbF(0, 0, 0, double(0.4f)));
+        shadow->setBlurRadius(6);
+        button->setGraphicsEffect(shadow);
+        d->placeToolButton();
+    }
+    return d->m_doodletoolButton;
+}
+
+void DoodleLayoutPrivate::placeToolButton()
+{
+    const QSize size = q->view()->size();
+    m_doodletoolButton->setGeometry(size.width() - 50, size.height() - 100, 44, 44);
 }
 
 void DoodleLayoutPrivate::addToolBarToView()
 {
-    if (m_doodletoolbar && !m_doodletoolbar->parentWidget())
-        m_doodletoolbar->setParent(m_view);
-    if (m_doodletoolButton && !m_doodletoolButton->parentWidget())
-        m_doodletoolButton->setParent(m_view);
+    // Both lie above the board.
+    for (QWidget *widget : {static_cast<QWidget *>(q->doodletoolbar()),
+                            static_cast<QWidget *>(q->doodletoolButton())}) {
+        if (widget->parentWidget())
+            continue;
+        widget->setParent(m_view);
+        widget->show();
+        widget->raise();
+    }
 }
 
 void DoodleLayout::showToolBar()
 {
+    ZQDoodleToolbar *bar = doodletoolbar();
     if (d->m_isMinToolBar) {
-        if (d->m_doodletoolbar)
-            d->m_doodletoolbar->show();
+        bar->show();
+        bar->raise();
         d->m_isMinToolBar = false;
+        bar->setIsHost(false);
+        const bool fits = d->m_actionMode >= std::numeric_limits<qint32>::min() &&
+                          d->m_actionMode <= std::numeric_limits<qint32>::max();
+        bar->setActionMode(fits ? qint32(d->m_actionMode) : 0);
+        bar->setBrushColor(d->m_brushColor);
+        bar->layoutSubviews();
         if (DoodleLayoutDelegate *host = d->m_delegate.get())
             host->onRestartDoodle();
         return;
     }
     d->closePickers();
-    if (d->m_doodletoolbar)
-        d->m_doodletoolbar->hide();
+    bar->hide();
     d->m_isMinToolBar = true;
     if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onPauseDoodle();
@@ -44,30 +218,235 @@ void DoodleLayout::showToolBar()
 
 void DoodleLayout::hideToolBar(bool hidden)
 {
-    if (d->m_doodletoolbar)
-        d->m_doodletoolbar->setHidden(hidden);
-    if (d->m_doodletoolButton)
-        d->m_doodletoolButton->setHidden(hidden);
+    doodletoolbar()->setHidden(hidden);
+    doodletoolButton()->setHidden(hidden);
 }
 
 void DoodleLayout::reloadToolBar()
 {
-    if (!d->m_view)
-        return;
-    const QSize size = d->m_view->size();
-    if (d->m_doodletoolbar)
-        d->m_doodletoolbar->setGeometry(16, size.height() - 30 - 16, size.width() - 32, 30);
-    if (d->m_doodletoolButton)
-        d->m_doodletoolButton->setGeometry(size.width() - 50, size.height() - 100, 44, 44);
+    ZQDoodleToolbar *bar = doodletoolbar();
+    doodletoolButton();
+    d->styleToolBar();
+    bar->layoutSubviews();
+    d->placeToolButton();
+    bar->setColourButton(d->m_brushColor);
 }
 
 void DoodleLayoutPrivate::setToolButtonVisible(bool visible)
 {
-    if (m_doodletoolButton)
-        m_doodletoolButton->setVisible(visible);
+    q->doodletoolButton()->setVisible(visible);
+}
+
+QAbstractButton *DoodleLayout::brushButton() const
+{
+    return d->m_brushButton;
+}
+
+void DoodleLayout::setBrushButton(QAbstractButton *button)
+{
+    d->m_brushButton = button;
+}
+
+QAbstractButton *DoodleLayout::colourButton() const
+{
+    return d->m_colourButton;
+}
+
+void DoodleLayout::setColourButton(QAbstractButton *button)
+{
+    d->m_colourButton = button;
 }
 
 void DoodleLayoutPrivate::closePickers()
 {
-    // The option pickers open above the tool bar; none exists yet.
+    for (const DoodlePicker *picker : kPickers)
+        closePicker(*picker);
+}
+
+void DoodleLayoutPrivate::openPicker(const DoodlePicker &picker)
+{
+    if (this->*picker.field)
+        return;
+    for (const DoodlePicker *other : kPickers) {
+        if (other != &picker)
+            closePicker(*other);
+    }
+    ZQDoodleToolbar *bar = q->doodletoolbar();
+    // Above the last button of its anchor type; above the bar's own origin
+    // when the bar has none.
+    QPointF origin;
+    for (ZQDoodleButton *button : bar->buttons()) {
+        if (button->type() == picker.anchorType)
+            origin = button->frame().topLeft();
+    }
+    QWidget *board = q->view();
+    const double x = bar->mapTo(board, origin).x();
+    const int y = bar->geometry().y() - kPickerGap - kPickerHeight;
+    auto *view =
+        new ZQDoodleButtonView(QRect(qRound(x), y, picker.width, kPickerHeight),
+                               this->*picker.selectIndex, picker.pickerType, m_brushColor, board);
+    view->setDelegate(q);
+    view->setBackgroundColor(QColor::fromRgbF(0, 0, 0, double(0.9f)));
+    view->show();
+    view->raise();
+    this->*picker.field = view;
+}
+
+void DoodleLayoutPrivate::closePicker(const DoodlePicker &picker)
+{
+    QPointer<ZQDoodleButtonView> &field = this->*picker.field;
+    if (!field)
+        return;
+    // Deferred: the picker may be the sender of the tap that led here.
+    field->hide();
+    field->setParent(nullptr);
+    field->deleteLater();
+    field = nullptr;
+}
+
+void DoodleLayoutPrivate::togglePicker(const DoodlePicker &picker)
+{
+    if (this->*picker.field)
+        closePicker(picker);
+    else
+        openPicker(picker);
+}
+
+void DoodleLayout::addLineView()
+{
+    d->openPicker(kLinePicker);
+}
+
+void DoodleLayout::addEraserView()
+{
+    d->openPicker(kEraserPicker);
+}
+
+void DoodleLayout::addTextSizeView()
+{
+    d->openPicker(kTextSizePicker);
+}
+
+void DoodleLayout::addColorView()
+{
+    d->openPicker(kColorPicker);
+}
+
+void DoodleLayout::removeLineView()
+{
+    d->closePicker(kLinePicker);
+}
+
+void DoodleLayout::removeEraserView()
+{
+    d->closePicker(kEraserPicker);
+}
+
+void DoodleLayout::removeTextSizeView()
+{
+    d->closePicker(kTextSizePicker);
+}
+
+void DoodleLayout::removeColorView()
+{
+    d->closePicker(kColorPicker);
+}
+
+void DoodleLayout::doodleToolbar(ZQDoodleToolbar *, ZQDoodleButton *, qint64 buttonType)
+{
+    switch (buttonType) {
+    case DoodleToolbarButtonTypeUndo:
+        undo();
+        break;
+    case DoodleToolbarButtonTypeColour:
+        d->togglePicker(kColorPicker);
+        break;
+    case DoodleToolbarButtonTypeWidth:
+        setActionMode(DoodleActionModeBrush);
+        d->togglePicker(kLinePicker);
+        break;
+    case DoodleToolbarButtonTypeEraser:
+        setActionMode(DoodleActionModeEraser);
+        d->togglePicker(kEraserPicker);
+        break;
+    case DoodleToolbarButtonTypeOval: // the ellipse tool; an open picker stays
+        setActionMode(DoodleActionModeEllipse);
+        break;
+    case DoodleToolbarButtonTypeRect:
+        setActionMode(DoodleActionModeRectangle);
+        break;
+    case DoodleToolbarButtonTypeArrow:
+        setActionMode(DoodleActionModeArrow);
+        break;
+    case DoodleToolbarButtonTypeText:
+        setActionMode(DoodleActionModeText);
+        d->togglePicker(kTextSizePicker);
+        break;
+    case DoodleToolbarButtonTypeClear:
+        cleanDoodle();
+        break;
+    case DoodleToolbarButtonTypeSave:
+        saveImage();
+        break;
+    case DoodleToolbarButtonTypeClose:
+        dismissDoodle();
+        break;
+    default:
+        break;
+    }
+}
+
+void DoodleLayout::doodleButtonView(ZQDoodleButtonView *view, qint64 selectIndex, qint64 buttonType)
+{
+    // A choice leaves its picker open.
+    switch (buttonType) {
+    case ZQDoodleButtonViewTypeColour:
+        d->m_brushColor = view->getColor();
+        d->m_colorSelectIndex = selectIndex;
+        d->showColour(d->m_brushColor);
+        break;
+    case ZQDoodleButtonViewTypeBrushWidth:
+        d->m_brushWidth = view->getWidth();
+        d->m_widthSelectIndex = selectIndex;
+        break;
+    case ZQDoodleButtonViewTypeEraserWidth:
+        d->m_eraserWidth = view->getWidth();
+        d->m_eraserSelectIndex = selectIndex;
+        break;
+    case ZQDoodleButtonViewTypeTextSize:
+        d->m_textSize = view->getWidth();
+        d->m_textSizeSelectIndex = selectIndex;
+        break;
+    default:
+        break;
+    }
+}
+
+void DoodleLayoutPrivate::showColour(const QColor &color)
+{
+    // Only the normal image: the bar's own colour catches up when it unfolds.
+    const QImage image =
+        DoodleLayout::imageWithBackgroundColor(color, bundleImage(QStringLiteral("color")));
+    const auto buttons =
+        q->doodletoolbar()->findChildren<ZQDoodleButton *>(QString(), Qt::FindDirectChildrenOnly);
+    for (ZQDoodleButton *button : buttons) {
+        if (button->type() == DoodleToolbarButtonTypeColour)
+            button->setNormalImage(image);
+    }
+}
+
+void DoodleLayout::colourToolbar(ZQColourToolbar *, const QColor &color)
+{
+    if (d->m_colourButton) {
+        setNormalImage(d->m_colourButton,
+                       imageWithColor(color, bundleImage(QStringLiteral("colour@2x"))));
+    }
+    d->m_brushColor = color;
+}
+
+void DoodleLayout::brushColorView(BrushColorView *, const QColor &color)
+{
+    d->m_brushColor = color;
+    doodletoolbar()->setColourButton(color);
+    removeColorView();
 }

@@ -19,7 +19,9 @@
 #include <optional>
 
 class DoodleLayoutView;
+class QAbstractButton;
 class QJsonArray;
+struct DoodlePicker;
 
 // An order stamp: a Lamport clock, ties broken by the sender the channel named.
 struct DoodleStamp
@@ -68,8 +70,16 @@ public:
     void viewDidLayout();
     // Tool bar.
     void addToolBarToView();
+    void styleToolBar();
+    void placeToolButton();
     void setToolButtonVisible(bool visible);
     void closePickers();
+    void openPicker(const DoodlePicker &picker);
+    void closePicker(const DoodlePicker &picker);
+    void togglePicker(const DoodlePicker &picker);
+    void showColour(const QColor &color);
+    // Saving.
+    void writePicture(const QImage &picture) const;
     // Replay.
     ZQDoodleDrawView *cacheSurface();
     QRect paint(const DoodleAction &action);
@@ -179,7 +189,14 @@ public:
     QSet<QString> m_muted;
     quint64 m_fingerprint = 0;
     bool m_observing = false;
-    // The tool bar and its floating button, once the tool bar exists.
-    QPointer<QWidget> m_doodletoolbar;
-    QPointer<QWidget> m_doodletoolButton;
+    // The tool bar, its floating button and the option pickers; all live on the view.
+    QPointer<ZQDoodleToolbar> m_doodletoolbar;
+    QPointer<ZQDoodleButton> m_doodletoolButton;
+    QPointer<ZQDoodleButtonView> m_lineView;
+    QPointer<ZQDoodleButtonView> m_eraserView;
+    QPointer<ZQDoodleButtonView> m_textSizeView;
+    QPointer<ZQDoodleButtonView> m_colorView;
+    QPointer<QAbstractButton> m_brushButton;
+    QPointer<QAbstractButton> m_colourButton;
+    DoodlePictureSink m_pictureSink; // none: a PNG in the pictures folder
 };

@@ -1,0 +1,120 @@
+// Board controller: pictures of the board (the snapshot without the tool
+// bars, the watermark, where saved pictures go) and the small image
+// operations that show colours on the tool bars.
+#include <doodle/controller/DoodleLayout.h>
+
+#include "DoodleLayout_p.h"
+#include "DoodleWatermark_p.h"
+
+#include <doodle/support/DoodleLog_p.h>
+#include <doodle/support/DoodleScreen.h>
+#include <doodle/toolbar/DoodleBitmap_p.h>
+#include <doodle/toolbar/ZQDoodleToolbar.h>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QPainter>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int kNameAttempts = 1000;
+
+// Opens a new file in `folder` that no earlier picture uses; empty `error` on success.
+bool openNewPicture(const QString &folder, QFile &file, QString &error)
+{
+    const QString stem =
+        QStringLiteral("doodle-%1").arg(QDateTime::currentDateTime().toString("yyyyMMdd-HHmmss"));
+    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+        const QString name = attempt == 0 ? stem : QStringLiteral("%1-%2").arg(stem).arg(attempt);
+        file.setFileName(QDir(folder).filePath(name + QStringLiteral(".png")));
+        // NewOnly: an earlier picture of the same name is never overwritten.
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            return true;
+        if (!file.exists()) {
+            error = file.errorString();
+            return false;
+        }
+    }
+    error = QStringLiteral("no free name");
+    return false;
+}
+
+} // namespace
+
+void DoodleLayout::saveImage()
+{
+    d->writePicture(imageScreenShot());
+}
+
+void DoodleLayout::setPictureSink(const DoodlePictureSink &sink)
+{
+    d->m_pictureSink = sink;
+}
+
+void DoodleLayoutPrivate::writePicture(const QImage &picture) const
+{
+    if (m_pictureSink) {
+        m_pictureSink(picture);
+        return;
+    }
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    QString error;
+    QFile file;
+    if (folder.isEmpty())
+        error = QStringLiteral("there is no pictures folder");
+    else if (!QDir().mkpath(folder))
+        error = QStringLiteral("the folder cannot be made");
+    else if (openNewPicture(folder, file, error) && !picture.save(&file, "PNG")) {
+        error = QStringLiteral("the picture cannot be written");
+        file.remove();
+    }
+    if (!error.isEmpty())
+        qCWarning(lcDoodle, "could not save the picture in %s: %s", qUtf8Printable(folder),
+                  qUtf8Printable(error));
+}
+
+QImage DoodleLayout::imageScreenShot()
+{
+    hideToolBar(true);
+    QWidget *board = view();
+    // One pixel a point; the board's layers, kept at the screen scale, are
+    // sampled down smoothly by their own painting.
+    QImage picture = DoodleBitmap::create(QSizeF(board->size()), 1.0);
+    if (!picture.isNull())
+        board->render(&picture, QPoint(), QRegion(), QWidget::DrawChildren);
+    // Shown again whether or not they were showing before.
+    hideToolBar(false);
+    return addWatermarketWithOriginImage(picture, d->m_waterString);
+}
+
+QImage DoodleLayout::addWatermarketWithOriginImage(const QImage &image, const QString &text)
+{
+    const QSizeF size = image.deviceIndependentSize();
+    QImage result = DoodleBitmap::create(size, DoodleScreen::scale());
+    if (result.isNull())
+        return result;
+    QPainter painter(&result);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
+                           QPainter::SmoothPixmapTransform);
+    painter.drawImage(QRectF(QPointF(), size), image);
+    if (!text.isEmpty())
+        DoodleWatermark::paint(painter, size, text);
+    return result;
+}
+
+QImage DoodleLayout::imageWithColor(const QColor &color, const QImage &image)
+{
+    return DoodleBitmap::tinted(image, color);
+}
+
+QImage DoodleLayout::coloredImage(const QColor &color, const QSizeF &size)
+{
+    return ZQDoodleToolbar::coloredImage(color, size);
+}
+
+QImage DoodleLayout::imageWithBackgroundColor(const QColor &color, const QImage &image)
+{
+    return ZQDoodleToolbar::imageWithBackgroundColor(color, image);
+}

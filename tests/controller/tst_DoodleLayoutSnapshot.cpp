@@ -1,0 +1,145 @@
+// Pictures of the board: the snapshot without the tool bars, the tiled
+// watermark and where saved pictures go.
+#include "BoardHarness.h"
+#include "LogCapture.h"
+
+#include <doodle/controller/DoodleWatermark_p.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <map>
+
+namespace {
+
+// Copies per row of a grid, rows told apart by their y.
+QList<int> rowCounts(const QList<QRectF> &places)
+{
+    std::map<double, int> rows;
+    for (const QRectF &place : places)
+        ++rows[place.y()];
+    QList<int> counts;
+    for (const auto &row : rows)
+        counts << row.second;
+    return counts;
+}
+
+} // namespace
+
+class TestDoodleLayoutSnapshot : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { DoodleScreen::setScaleOverride(2); }
+
+    void theSnapshotLeavesOutTheBars_data()
+    {
+        QTest::addColumn<QString>("bars");
+        QTest::newRow("unfolded") << "unfolded";
+        QTest::newRow("folded") << "folded";
+        QTest::newRow("hidden by the host") << "hidden";
+    }
+    void theSnapshotLeavesOutTheBars()
+    {
+        QFETCH(QString, bars);
+        Participant me(QStringLiteral("me"), QSize(300, 400));
+        me.board.view()->show();
+        if (bars != QLatin1String("folded"))
+            me.board.showToolBar();
+        if (bars == QLatin1String("hidden"))
+            me.board.hideToolBar(true);
+        // A red line along the bar, through the floating button.
+        me.receive("peer", strokeAction("peer", {{-1, 0.82}, {1, 0.82}}, Qt::red, 0.04f));
+        me.receive("peer", strokeAction("peer", {{-1, -0.5}, {1, -0.5}}, Qt::red, 0.04f));
+        const QImage shot = me.board.imageScreenShot();
+        QCOMPARE(shot.size(), QSize(600, 800));
+        QCOMPARE(shot.pixelColor(300, 200), QColor(Qt::red)); // the drawing
+        QCOMPARE(shot.pixelColor(300, 728), QColor(Qt::red)); // no bar over it
+        for (const QPoint p : {QPoint(60, 750), QPoint(300, 760), QPoint(544, 644)})
+            QCOMPARE(shot.pixelColor(p).alpha(), 0); // neither the bar nor the button
+        QVERIFY(me.board.doodletoolbar()->isVisibleTo(me.board.view()));
+        QVERIFY(me.board.doodletoolButton()->isVisibleTo(me.board.view()));
+    }
+
+    void aLineThinnerThanASnapshotPixelIsAveraged()
+    {
+        Participant me(QStringLiteral("me"), QSize(100, 100));
+        me.board.view()->show();
+        // Half a point wide along y = 50.25: one device pixel at the screen's
+        // scale of 2, half a pixel of the snapshot.
+        me.receive("peer", strokeAction("peer", {{-0.8, 0.005}, {0.8, 0.005}}, Qt::black, 0.01f));
+        const QImage shot = me.board.imageScreenShot();
+        int darkest = 0;
+        for (int y = 90; y < 110; ++y)
+            darkest = std::max(darkest, shot.pixelColor(100, y).alpha());
+        // Averaged it shows half covered; a nearest-pixel pick shows all or nothing.
+        QVERIFY2(darkest > 40 && darkest < 150, qPrintable(QString::number(darkest)));
+    }
+
+    void theWatermarkGridHasOneCopyMoreInItsFirstRow_data()
+    {
+        QTest::addColumn<QSizeF>("picture");
+        QTest::addColumn<QSizeF>("text");
+        QTest::addColumn<QList<int>>("rows");
+        QTest::newRow("375 x 667")
+            << QSizeF(375, 667) << QSizeF(100, 18) << QList<int>{6, 5, 5, 5, 4};
+        QTest::newRow("text wider than the diagonal")
+            << QSizeF(100, 400) << QSizeF(500, 18) << QList<int>{2, 1};
+    }
+    void theWatermarkGridHasOneCopyMoreInItsFirstRow()
+    {
+        QFETCH(QSizeF, picture);
+        QFETCH(QSizeF, text);
+        QFETCH(QList<int>, rows);
+        const QList<QRectF> places = DoodleWatermark::grid(picture, text);
+        QCOMPARE(rowCounts(places), rows);
+        // It starts outside the picture, by half the diagonal's excess.
+        const double diagonal = std::hypot(picture.width(), picture.height());
+        QCOMPARE(places.first().topLeft(),
+                 QPointF(picture.width() - diagonal, picture.height() - diagonal) * 0.5);
+        QCOMPARE(places.last().y() - places.first().y(),
+                 (text.height() + 160) * double(rows.size() - 1));
+    }
+
+    void onlyAWatermarkTextChangesThePicture_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("none") << QString();
+        QTest::newRow("empty") << QString("");
+        QTest::newRow("text") << QStringLiteral("doodle");
+    }
+    void onlyAWatermarkTextChangesThePicture()
+    {
+        QFETCH(QString, text);
+        DoodleScreen::setScaleOverride(1);
+        QImage picture(120, 90, QImage::Format_ARGB32_Premultiplied);
+        picture.fill(QColor(20, 90, 200, 128));
+        const QImage marked = DoodleLayout::addWatermarketWithOriginImage(picture, text);
+        QCOMPARE(marked == picture, text.isEmpty());
+    }
+
+    void savedPicturesNeverReplaceEachOther()
+    {
+        QTemporaryDir home;
+        qputenv("HOME", QFile::encodeName(home.path()));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath("config")));
+        Participant me(QStringLiteral("me"), QSize(60, 40));
+        me.board.saveImage();
+        me.board.saveImage();
+        const QDir pictures(home.filePath("Pictures"));
+        const QStringList written = pictures.entryList({"*.png"}, QDir::Files);
+        QCOMPARE(written.size(), 2);
+        QCOMPARE(QImage(pictures.filePath(written.first())).size(), QSize(120, 80));
+
+        QVERIFY(QDir(home.path()).removeRecursively() && QDir().mkpath(home.path()));
+        QFile blocker(home.filePath("Pictures")); // a file where the folder should be
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        LogCapture log;
+        me.board.saveImage();
+        QCOMPARE(log.lines().size(), 1);
+    }
+};
+
+QTEST_MAIN(TestDoodleLayoutSnapshot)
+#include "tst_DoodleLayoutSnapshot.moc"

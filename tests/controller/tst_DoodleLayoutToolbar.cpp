@@ -1,0 +1,225 @@
+// The board's own tool bar, floating button and option pickers, clicked as a
+// user clicks them; checked through the tool state, the marks, where the
+// pickers open, what is drawn and what the host hears.
+#include "BoardHarness.h"
+
+#include <QtTest>
+
+namespace {
+
+// A shown board 400 x 500 with a recording host; `unfold` taps the floating button.
+struct ToolBoard : Participant
+{
+    explicit ToolBoard(bool unfold = true) : Participant(QStringLiteral("me"), QSize(400, 500))
+    {
+        board.view()->show();
+        if (unfold)
+            QTest::mouseClick(board.doodletoolButton(), Qt::LeftButton);
+    }
+    ZQDoodleButton *button(qint64 type)
+    {
+        const auto buttons = board.doodletoolbar()->buttons();
+        auto found = std::find_if(buttons.begin(), buttons.end(),
+                                  [type](ZQDoodleButton *b) { return b->type() == type; });
+        return found == buttons.end() ? nullptr : *found;
+    }
+    void click(qint64 type) { QTest::mouseClick(button(type), Qt::LeftButton); }
+    QList<ZQDoodleButtonView *> pickers()
+    {
+        return board.view()->findChildren<ZQDoodleButtonView *>();
+    }
+    QList<qint64> marked()
+    {
+        QList<qint64> types;
+        for (ZQDoodleButton *b : board.doodletoolbar()->buttons())
+            types << (b->isSelected() ? b->type() : 0);
+        types.removeAll(0);
+        return types;
+    }
+    void drag()
+    {
+        QTest::mousePress(board.view(), Qt::LeftButton, {}, {100, 100});
+        QTest::mouseMove(board.view(), {200, 150});
+        QTest::mouseRelease(board.view(), Qt::LeftButton, {}, {260, 210});
+    }
+};
+
+} // namespace
+
+class TestDoodleLayoutToolbar : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { DoodleScreen::setScaleOverride(2); }
+
+    void theFloatingButtonFoldsAndUnfolds()
+    {
+        ToolBoard t(false);
+        QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 454, 368, 30));
+        QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(350, 400, 44, 44));
+        QVERIFY(!t.board.doodletoolbar()->isVisible() && t.board.doodletoolButton()->isVisible());
+        t.drag(); // folded: drawing is paused
+        QTest::mouseClick(t.board.doodletoolButton(), Qt::LeftButton);
+        QVERIFY(t.board.doodletoolbar()->isVisible());
+        t.drag();
+        QWidget *bar = t.board.doodletoolbar(); // a press between its buttons draws nothing
+        QTest::mousePress(bar, Qt::LeftButton, {}, {1, 15});
+        QTest::mouseMove(bar, {60, 10});
+        QTest::mouseRelease(bar, Qt::LeftButton, {}, {60, 10});
+        t.click(DoodleToolbarButtonTypeWidth); // a picker, closed by the fold
+        QTest::mouseClick(t.board.doodletoolButton(), Qt::LeftButton);
+        QVERIFY(!t.board.doodletoolbar()->isVisible() && t.pickers().isEmpty());
+        QCOMPARE(t.host.calls, QStringList({"restart", "generated 260", "pause"}));
+        t.board.resetDoodleViewFrame(QRect(0, 0, 500, 300));
+        QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 254, 468, 30));
+        QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(450, 200, 44, 44));
+    }
+
+    void toolsSetTheModeAndMarkTheirButton_data()
+    {
+        QTest::addColumn<qint64>("button");
+        QTest::addColumn<qint64>("mode");
+        QTest::addColumn<qint64>("drawn"); // -1: a text tool draws on its own terms
+        QTest::newRow("pen") << qint64(3) << qint64(1) << qint64(DoodleActionTypeStroke);
+        QTest::newRow("eraser") << qint64(4) << qint64(2) << qint64(DoodleActionTypeEraser);
+        QTest::newRow("oval: ellipse") << qint64(5) << qint64(4) << qint64(DoodleActionTypeEllipse);
+        QTest::newRow("rect: rectangle")
+            << qint64(6) << qint64(3) << qint64(DoodleActionTypeRectangle);
+        QTest::newRow("arrow") << qint64(7) << qint64(5) << qint64(DoodleActionTypeArrow);
+        QTest::newRow("text") << qint64(8) << qint64(6) << qint64(-1);
+    }
+    void toolsSetTheModeAndMarkTheirButton()
+    {
+        QFETCH(qint64, button);
+        QFETCH(qint64, mode);
+        QFETCH(qint64, drawn);
+        ToolBoard t;
+        t.click(button);
+        QCOMPARE(t.board.actionMode(), mode);
+        QCOMPARE(t.marked(), QList<qint64>{button});
+        if (drawn > 0) {
+            t.drag();
+            QCOMPARE(t.host.generated.value(0)->actionType(), drawn);
+        }
+        t.board.setActionMode(7); // a mode without a button leaves the marks
+        QCOMPARE(t.marked(), QList<qint64>{button});
+    }
+
+    void pickersToggleAndOpenAboveTheirButton_data()
+    {
+        QTest::addColumn<QList<qint64>>("clicks");
+        QTest::addColumn<qint64>("anchor"); // 0: none open
+        QTest::addColumn<qint64>("pickerType");
+        QTest::addColumn<int>("width");
+        QTest::newRow("colour") << QList<qint64>{2} << qint64(2) << qint64(0) << 220;
+        QTest::newRow("pen") << QList<qint64>{3} << qint64(3) << qint64(1) << 125;
+        QTest::newRow("eraser") << QList<qint64>{4} << qint64(4) << qint64(2) << 100;
+        QTest::newRow("text") << QList<qint64>{8} << qint64(8) << qint64(3) << 125;
+        QTest::newRow("pen twice") << QList<qint64>{3, 3} << qint64(0) << qint64(0) << 0;
+        QTest::newRow("eraser, colour") << QList<qint64>{4, 2} << qint64(2) << qint64(0) << 220;
+        QTest::newRow("pen, oval") << QList<qint64>{3, 5} << qint64(3) << qint64(1) << 125;
+    }
+    void pickersToggleAndOpenAboveTheirButton()
+    {
+        QFETCH(QList<qint64>, clicks);
+        QFETCH(qint64, anchor);
+        QFETCH(qint64, pickerType);
+        QFETCH(int, width);
+        ToolBoard t;
+        for (qint64 type : clicks)
+            t.click(type);
+        const QList<ZQDoodleButtonView *> open = t.pickers();
+        QCOMPARE(open.size(), anchor ? 1 : 0);
+        if (!anchor)
+            return;
+        const int x = t.button(anchor)->mapTo(t.board.view(), QPoint()).x();
+        QCOMPARE(open.first()->type(), pickerType);
+        QCOMPARE(open.first()->geometry(), QRect(x, 454 - 9 - 32, width, 32));
+        QTest::mousePress(t.board.view(), Qt::LeftButton, {}, {100, 100});
+        QVERIFY(t.pickers().isEmpty()); // a touch beginning on the board closes it
+    }
+
+    void choicesReachTheToolStateAndTheNextPicker_data()
+    {
+        QTest::addColumn<qint64>("button");
+        QTest::addColumn<int>("row");
+        QTest::newRow("brush width") << qint64(3) << 2;
+        QTest::newRow("eraser width") << qint64(4) << 3;
+        QTest::newRow("text size") << qint64(8) << 1;
+        QTest::newRow("colour") << qint64(2) << 4;
+    }
+    void choicesReachTheToolStateAndTheNextPicker()
+    {
+        QFETCH(qint64, button);
+        QFETCH(int, row);
+        ToolBoard t;
+        t.click(button);
+        ZQDoodleButtonView *picker = t.pickers().value(0);
+        QTest::mouseClick(picker->buttons().at(row), Qt::LeftButton);
+        QCOMPARE(t.pickers(), QList<ZQDoodleButtonView *>{picker}); // a choice keeps it open
+        DoodleLayout &b = t.board;
+        const QHash<qint64, std::pair<double, qint64>> chosen{
+            {3, {b.brushWidth() - b.brushWidthArray().value(row), b.widthSelectIndex()}},
+            {4, {b.eraserWidth() - b.eraserWidthArray().value(row), b.eraserSelectIndex()}},
+            {8, {b.textSize() - b.textSizeArray().value(row), b.textSizeSelectIndex()}},
+            {2, {b.brushColor() == picker->getColor() ? 0.0 : 1.0, b.colorSelectIndex()}}};
+        QCOMPARE(chosen.value(button), std::make_pair(0.0, qint64(row)));
+        if (button == DoodleToolbarButtonTypeColour) {
+            // The bar's colour button shows it on the disc in (8, 8, w - 22, h - 22).
+            const QImage icon = t.button(button)->normalImage();
+            const QSizeF disc = icon.deviceIndependentSize() - QSizeF(22, 22);
+            const QPointF centre = QPointF(8, 8) + QPointF(disc.width(), disc.height()) / 2;
+            QCOMPARE(icon.pixelColor((centre * 2).toPoint()), picker->getColor());
+        }
+        t.click(button); // closed, then open again
+        t.click(button);
+        QCOMPARE(t.pickers().value(0)->selectIndex(), qint64(row));
+    }
+
+    void hostPlacedColourControlsSetTheColour()
+    {
+        ToolBoard t;
+        ZQColourToolbar strip(QRect(0, 0, 400, 40));
+        strip.setDelegate(&t.board); // the host set no colour button: still taken
+        QTest::mouseClick(strip.buttons().at(3), Qt::LeftButton);
+        QCOMPARE(t.board.brushColor(), strip.currentColor());
+        t.click(DoodleToolbarButtonTypeColour);
+        BrushColorView palette(QRect(0, 0, 220, 80), Qt::black);
+        palette.setDelegate(&t.board);
+        QTest::mouseClick(palette.swatchWithTag(1), Qt::LeftButton);
+        QCOMPARE(t.board.brushColor(), BrushColorView::brushColorArray().first());
+        QVERIFY(t.pickers().isEmpty()); // the board's colour picker closed
+    }
+
+    void commandsFromTheBar_data()
+    {
+        QTest::addColumn<qint64>("button");
+        QTest::addColumn<QStringList>("heard");
+        QTest::addColumn<int>("left"); // drawings left on the board
+        QTest::newRow("undo") << qint64(1) << QStringList{"generated 258"} << 0;
+        QTest::newRow("clear") << qint64(9) << QStringList{"generated 259", "willClean"} << 0;
+        QTest::newRow("save") << qint64(10) << QStringList{} << 1;
+        QTest::newRow("close") << qint64(11) << QStringList{"pause", "close"} << 0;
+    }
+    void commandsFromTheBar()
+    {
+        QFETCH(qint64, button);
+        QFETCH(QStringList, heard);
+        QFETCH(int, left);
+        QWidget window;
+        ToolBoard t;
+        t.board.view()->setParent(&window);
+        int saved = 0;
+        t.board.setPictureSink([&saved](const QImage &) { ++saved; });
+        t.drag();
+        t.host.calls.clear();
+        t.click(button);
+        QCOMPARE(t.host.calls, heard);
+        QCOMPARE(t.board.getAllPath().size(), left);
+        QCOMPARE(saved, button == DoodleToolbarButtonTypeSave ? 1 : 0);
+        QCOMPARE(!t.board.view()->parentWidget(), button == DoodleToolbarButtonTypeClose);
+    }
+};
+
+QTEST_MAIN(TestDoodleLayoutToolbar)
+#include "tst_DoodleLayoutToolbar.moc"
