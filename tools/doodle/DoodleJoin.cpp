@@ -10,7 +10,7 @@
 int doodleJoin(const QStringList &)
 {
     QTextStream(stderr) << "doodle join: this doodle was built without broker support "
-                           "(libmosquitto was not found)\n";
+                           "(Doodle::call, which needs libmosquitto)\n";
     return 2;
 }
 
