@@ -215,6 +215,35 @@ private slots:
         QVERIFY(cacheOf(board.board).isEmpty());
         QCOMPARE(differenceFromReplay(board), 0);
     }
+
+    // A recorded session played as the local user's own: the peer shows what
+    // this board shows, and the recording itself stays as it was.
+    void recordedActionsCommittedAsOwn()
+    {
+        Participant me(QStringLiteral("me"), kBoard), peer(QStringLiteral("peer"), kBoard);
+        me.linkTo(peer);
+        const QList<DoodleActionPtr> recording = {
+            stampedStroke("bob", 40, -0.5),
+            boxAction(DoodleActionTypeRectangle, "bob", QRectF(-0.5, -0.2, 0.6, 0.4)),
+            stampedStroke("bob", 41, 0.1), commandAction(DoodleActionTypeUndo, "bob"),
+            commandAction(DoodleActionTypeSticker, "bob")};
+        QList<bool> committed;
+        for (const DoodleActionPtr &action : recording)
+            committed << me.board.commitLocalAction(action);
+        QCOMPARE(committed, QList<bool>({true, true, true, true, false}));
+        QCOMPARE(cacheOf(me.board), QStringList({"me 1", "me 2"}));
+        QCOMPARE(cacheOf(peer.board), cacheOf(me.board));
+        QCOMPARE(peer.board.fingerprint(), me.board.fingerprint());
+        QCOMPARE(maxChannelDifference(me.cache(), peer.cache(), kBoard), 0);
+        QCOMPARE(me.host.generated.size(), 4);
+        QCOMPARE(me.host.generated.first()->userId(), QStringLiteral("me"));
+        QCOMPARE(me.host.generated.last()->seqNo(), quint64(3)); // the undo names its drawing
+        QCOMPARE(recording.first()->userId(), QStringLiteral("bob"));
+        QCOMPARE(recording.first()->seqNo(), quint64(40));
+
+        QVERIFY(me.board.commitLocalAction(commandAction(DoodleActionTypeClean, "bob")));
+        QCOMPARE(cacheOf(peer.board), QStringList());
+    }
 };
 
 QTEST_MAIN(TestDoodleLayoutState)

@@ -24,7 +24,7 @@ if(SANITIZE)
     set(flags "-fsanitize=address,undefined -fno-omit-frame-pointer")
 endif()
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/build -G ${GENERATOR}
-    -DCMAKE_PREFIX_PATH=${prefix} "-DCMAKE_CXX_FLAGS=${flags}")
+    -DCMAKE_PREFIX_PATH=${prefix} "-DCMAKE_CXX_FLAGS=${flags}" -DWITH_CALL=${WITH_CALL})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 # A host that did not ask for the library's log lines sees none.
 execute_process(COMMAND ${WORK_DIR}/build/consumer RESULT_VARIABLE rc
@@ -33,3 +33,11 @@ if(NOT rc EQUAL 0 OR err MATCHES "(^|\n)doodle:")
     message(FATAL_ERROR "consumer failed (${rc}) or the library logged:\n${err}")
 endif()
 message("${out}")
+if(WITH_CALL)
+    execute_process(COMMAND ${WORK_DIR}/build/consumer_call RESULT_VARIABLE rc
+        OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0)
+        message(FATAL_ERROR "consumer_call failed (${rc}):\n${out}${err}")
+    endif()
+    message("${out}")
+endif()

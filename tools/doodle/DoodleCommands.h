@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QSize>
 #include <QStringList>
+
+class QCommandLineParser;
 
 // One function per sub-command of the `doodle` tool. Each receives the
 // arguments after its own name and returns the process exit code.
@@ -13,3 +16,18 @@ int doodleInspect(const QStringList &arguments);
 // replays a session on a board of that size and writes its picture. Needs a
 // QApplication (any platform, offscreen included).
 int doodleRender(const QStringList &arguments);
+// doodle join --broker HOST:PORT --call NAME --user ID [--size WxH] [--scale S]
+// [--play FILE [--interval MS]] [--snapshot OUT.png --quit-after-idle SECONDS]:
+// takes part in a call through an MQTT broker, in a window or headless.
+int doodleJoin(const QStringList &arguments);
+
+// The board a command draws on, as `--size WxH` (points) and `--scale S`
+// (pixels per point) give it; every command reads them alike.
+struct DoodleBoardOptions
+{
+    QSize size;
+    double scale = 2;
+};
+void addBoardOptions(QCommandLineParser &parser);
+// Reads the two options over the defaults in `board`; an error text when they do not fit.
+QString readBoardOptions(const QCommandLineParser &parser, DoodleBoardOptions *board);

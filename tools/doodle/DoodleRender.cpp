@@ -14,8 +14,7 @@ struct RenderOptions
 {
     QString input;
     QString output;
-    QSize size{390, 844};
-    double scale = 2;
+    DoodleBoardOptions board{QSize(390, 844)};
     QColor background{Qt::white};
 };
 
@@ -39,16 +38,37 @@ bool parseColor(const QString &text, QColor *color)
     return true;
 }
 
+} // namespace
+
+void addBoardOptions(QCommandLineParser &parser)
+{
+    parser.addOption({"size", "board size in points", "WxH"});
+    parser.addOption({"scale", "pixels per point", "S"});
+}
+
+QString readBoardOptions(const QCommandLineParser &parser, DoodleBoardOptions *board)
+{
+    if (parser.isSet("size") && !parseSize(parser.value("size"), &board->size))
+        return QStringLiteral("--size takes WxH, such as 390x844");
+    bool ok = true;
+    if (parser.isSet("scale"))
+        board->scale = parser.value("scale").toDouble(&ok);
+    if (!ok || !(board->scale >= 0.25 && board->scale <= 8))
+        return QStringLiteral("--scale takes a number from 0.25 to 8");
+    return QString();
+}
+
+namespace {
+
 // Fills `options` from the arguments; an error message when they do not fit.
 QString parseOptions(const QStringList &arguments, RenderOptions *options)
 {
     QCommandLineParser parser;
     parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("session, - for stdin"));
     const QCommandLineOption out({"o", "output"}, "picture to write", "OUT.png");
-    const QCommandLineOption size("size", "board size in points", "WxH");
-    const QCommandLineOption scale("scale", "pixels per point", "S");
     const QCommandLineOption background("background", "board colour", "#AARRGGBB");
-    parser.addOptions({out, size, scale, background});
+    parser.addOptions({out, background});
+    addBoardOptions(parser);
     if (!parser.parse(QStringList(QStringLiteral("doodle render")) + arguments))
         return parser.errorText();
     if (parser.positionalArguments().size() != 1 || !parser.isSet(out))
@@ -56,13 +76,9 @@ QString parseOptions(const QStringList &arguments, RenderOptions *options)
                               "[--background #AARRGGBB]");
     options->input = parser.positionalArguments().first();
     options->output = parser.value(out);
-    if (parser.isSet(size) && !parseSize(parser.value(size), &options->size))
-        return QStringLiteral("--size takes WxH, such as 390x844");
-    bool ok = true;
-    if (parser.isSet(scale))
-        options->scale = parser.value(scale).toDouble(&ok);
-    if (!ok || !(options->scale >= 0.25 && options->scale <= 8))
-        return QStringLiteral("--scale takes a number from 0.25 to 8");
+    const QString problem = readBoardOptions(parser, &options->board);
+    if (!problem.isNull())
+        return problem;
     if (parser.isSet(background) && !parseColor(parser.value(background), &options->background))
         return QStringLiteral("--background takes #AARRGGBB");
     return QString();
@@ -106,9 +122,9 @@ int doodleRender(const QStringList &arguments)
         err << "doodle render: cannot read " << options.input << '\n';
         return 2;
     }
-    DoodleScreen::setScaleOverride(options.scale);
+    DoodleScreen::setScaleOverride(options.board.scale);
     DoodleLayout board(QStringLiteral("doodle-render"));
-    board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.size));
+    board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.board.size));
     board.setBackgroundColor(options.background);
     const int failures = replay(input, board);
     if (!board.doodleView()->convertViewToImage().save(options.output, "PNG")) {

@@ -8,21 +8,34 @@
 
 namespace {
 
+// Where a command's widgets live.
+enum class Gui
+{
+    None,      // no widgets: a QCoreApplication
+    Offscreen, // draws on a board without a screen
+    Screen,    // opens a window; offscreen when asked for a --snapshot instead
+};
+
 struct Command
 {
     const char *name;
     const char *usage;
     int (*run)(const QStringList &arguments);
-    bool needsGui; // draws on a board: runs in a QApplication on the offscreen platform
+    Gui gui;
 };
 
 const Command commands[] = {
     {"inspect", "inspect [-v] FILE|-   print one line per action text of FILE (- for stdin)",
-     &doodleInspect, false},
+     &doodleInspect, Gui::None},
     {"render",
      "render FILE -o OUT.png [--size WxH] [--scale S] [--background #AARRGGBB]\n"
      "                  replay a session (- for stdin) on a board and write its picture",
-     &doodleRender, true},
+     &doodleRender, Gui::Offscreen},
+    {"join",
+     "join --broker HOST:PORT --call NAME --user ID [--size WxH] [--scale S]\n"
+     "                  [--play FILE [--interval MS]] [--snapshot OUT.png [--quit-after-idle S]]\n"
+     "                  take part in a call through an MQTT broker, in a window or headless",
+     &doodleJoin, Gui::Screen},
 };
 
 const Command *findCommand(const char *name)
@@ -32,6 +45,21 @@ const Command *findCommand(const char *name)
             return &command;
     }
     return nullptr;
+}
+
+bool asksForSnapshot(int argc, char **argv)
+{
+    for (int i = 2; i < argc; ++i) {
+        if (qstrcmp(argv[i], "--snapshot") == 0 || qstrncmp(argv[i], "--snapshot=", 11) == 0)
+            return true;
+    }
+    return false;
+}
+
+bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
 void printUsage(QTextStream &stream)
@@ -48,8 +76,14 @@ int main(int argc, char **argv)
 {
     const Command *command = argc > 1 ? findCommand(argv[1]) : nullptr;
     std::unique_ptr<QCoreApplication> app;
-    if (command && command->needsGui) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (command && command->gui != Gui::None) {
+        if (command->gui == Gui::Offscreen || asksForSnapshot(argc, argv)) {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        } else if (!hasDisplay()) {
+            QTextStream(stderr) << "doodle " << command->name
+                                << ": no display for a window (headless: --snapshot OUT.png)\n";
+            return 2;
+        }
         app = std::make_unique<QApplication>(argc, argv);
     } else {
         app = std::make_unique<QCoreApplication>(argc, argv);

@@ -138,6 +138,11 @@ public:
     void setReceiveLimits(const DoodleReceiveLimits &limits);
     void undo();
     void cleanDoodle();
+    // Applies `action` as the local user's own, exactly as if drawn on this
+    // board: a drawing is stamped, drawn and handed to the delegate; an undo or
+    // a clear does what undo() or cleanDoodle() does. For scripted input such as
+    // a recorded session played into a call. False for any other action.
+    bool commitLocalAction(const DoodleActionPtr &action);
     QList<DoodleActionPtr> getAllPath() const;
     void resetDoodleViewFrame(const QRect &frame);
     DoodleActionPtr stringToDoodleAction(const QString &text) const;

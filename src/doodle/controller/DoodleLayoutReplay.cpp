@@ -287,6 +287,26 @@ void DoodleLayout::cleanDoodle()
         host->onWillCleanDoodle();
 }
 
+bool DoodleLayout::commitLocalAction(const DoodleActionPtr &action)
+{
+    if (!action)
+        return false;
+    if (action->actionType() == DoodleActionTypeUndo) {
+        undo();
+        return true;
+    }
+    if (action->actionType() == DoodleActionTypeClean) {
+        cleanDoodle();
+        return true;
+    }
+    if (!doodleIsDrawnActionType(action->actionType()))
+        return false;
+    // A copy: the caller's action keeps its author and stamp.
+    const auto own = std::make_shared<DoodleAction>(*action);
+    own->setUserId(d->m_userId);
+    return d->commitAction(own);
+}
+
 void DoodleLayout::cleanDoodleCaches()
 {
     d->m_doodlePathCache.cleanAllPath();

@@ -1,0 +1,212 @@
+// Broker client: joining and leaving a call, the connection's life, and the
+// action texts that travel on each participant's own topic.
+#include "DoodleCall_p.h"
+
+#include <doodle/support/DoodleLog_p.h>
+
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kPollMs = 100;
+
+} // namespace
+
+DoodleCallPrivate::DoodleCallPrivate(DoodleCall *owner, DoodleLayout *board,
+                                     const QString &callName)
+    : q(owner), m_board(board), m_call(callName), m_user(board ? board->userId() : QString())
+{}
+
+DoodleCall::DoodleCall(DoodleLayout *board, const QString &callName, QObject *parent)
+    : QObject(parent), d(std::make_unique<DoodleCallPrivate>(this, board, callName))
+{
+    if (board)
+        board->setDelegate(this);
+    // The client's signals come from the network thread: queued onto this one.
+    connect(
+        &d->m_client, &DoodleMqttClient::ready, this, [this] { d->onReady(); },
+        Qt::QueuedConnection);
+    connect(
+        &d->m_client, &DoodleMqttClient::lost, this,
+        [this](const QString &reason) { d->onLost(reason); }, Qt::QueuedConnection);
+    connect(
+        &d->m_client, &DoodleMqttClient::messageReceived, this,
+        [this](const QString &topic, const QByteArray &payload) { d->onMessage(topic, payload); },
+        Qt::QueuedConnection);
+    d->m_firstConnectTimer.setSingleShot(true);
+    connect(&d->m_firstConnectTimer, &QTimer::timeout, this,
+            [this] { d->onFirstConnectTimeout(); });
+    d->m_poll.setInterval(kPollMs);
+    connect(&d->m_poll, &QTimer::timeout, this, [this] { d->poll(); });
+}
+
+DoodleCall::~DoodleCall()
+{
+    leave();
+}
+
+bool DoodleCall::isValidName(const QString &name)
+{
+    static const QString forbidden = QStringLiteral("/+#");
+    if (name.isEmpty() || name.contains(QChar(0)))
+        return false;
+    return std::none_of(name.begin(), name.end(), [](QChar c) { return forbidden.contains(c); });
+}
+
+bool DoodleCall::join(const QString &host, quint16 port, int timeoutMs)
+{
+    if (!d->m_board || !isValidName(d->m_call) || !isValidName(d->m_user)) {
+        d->m_error = QStringLiteral("the call name and the user id must be non-empty topic "
+                                    "levels, without '/', '+' or '#'");
+        return false;
+    }
+    if (d->m_joining) {
+        d->m_error = QStringLiteral("already joined");
+        return false;
+    }
+    d->m_client.setSubscriptions({QStringLiteral("doodle/%1/+").arg(d->m_call),
+                                  QStringLiteral("doodle/%1/+/sync").arg(d->m_call)});
+    // Gone without a goodbye: the broker says it for us.
+    d->m_client.setWill(d->syncTopic(),
+                        QJsonDocument(QJsonObject{{"doodle_sync", 1}, {"kind", "leave"}})
+                            .toJson(QJsonDocument::Compact));
+    QString problem;
+    if (!d->m_client.start(host, port, &problem)) {
+        d->m_error = QStringLiteral("cannot connect to %1:%2: %3").arg(host).arg(port).arg(problem);
+        return false;
+    }
+    d->m_joining = true;
+    d->m_address = QStringLiteral("%1:%2").arg(host).arg(port);
+    d->m_lastMessage.start();
+    d->m_stableSince.start();
+    d->m_firstConnectTimer.start(timeoutMs);
+    return true;
+}
+
+void DoodleCall::leave(int timeoutMs)
+{
+    if (!d->m_joining)
+        return;
+    d->m_joining = false;
+    d->m_poll.stop();
+    d->m_firstConnectTimer.stop();
+    if (d->m_connected)
+        d->announce(QStringLiteral("leave"));
+    d->m_client.waitForDelivery(timeoutMs);
+    d->m_client.stop();
+    d->m_connected = false;
+}
+
+bool DoodleCall::isConnected() const
+{
+    return d->m_connected;
+}
+
+QString DoodleCall::errorString() const
+{
+    return d->m_error;
+}
+
+QString DoodleCall::callName() const
+{
+    return d->m_call;
+}
+
+qint64 DoodleCall::msecsSinceLastMessage() const
+{
+    return d->m_lastMessage.isValid() ? d->m_lastMessage.elapsed() : 0;
+}
+
+void DoodleCall::onDoodleActionGenerated(const DoodleActionPtr &action)
+{
+    sendAction(action);
+}
+
+void DoodleCall::sendAction(const DoodleActionPtr &action)
+{
+    if (!d->m_joining || !action || !d->m_board)
+        return;
+    const QString text = d->m_board->doodleActionToString(action);
+    // Refused only before the first connection or after leaving; the
+    // catch-up exchange brings the drawing to the others later.
+    if (text.isEmpty() || !d->m_client.publish(d->actionTopic(), text.toUtf8()))
+        qCWarning(lcDoodle, "an action could not be sent to the call; it follows with the board");
+}
+
+QString DoodleCallPrivate::actionTopic() const
+{
+    return QStringLiteral("doodle/%1/%2").arg(m_call, m_user);
+}
+
+QString DoodleCallPrivate::syncTopic() const
+{
+    return actionTopic() + QStringLiteral("/sync");
+}
+
+QString DoodleCallPrivate::senderOf(const QString &topic, bool *sync) const
+{
+    const QStringList levels = topic.split(QLatin1Char('/'));
+    *sync = levels.size() == 4 && levels.at(3) == QLatin1String("sync");
+    if ((levels.size() != 3 && !*sync) || levels.at(0) != QLatin1String("doodle") ||
+        levels.at(1) != m_call)
+        return QString();
+    return levels.at(2);
+}
+
+void DoodleCallPrivate::onReady()
+{
+    if (!m_joining)
+        return;
+    m_connected = true;
+    m_firstConnectTimer.stop();
+    m_poll.start();
+    if (!m_everConnected) {
+        m_everConnected = true;
+        // A joiner asks for the board.
+        announce(QStringLiteral("join"));
+        emit q->connected();
+    } else {
+        // Whatever was missed meanwhile shows as a different fingerprint.
+        announce(QStringLiteral("fingerprint"));
+        emit q->reconnected();
+    }
+}
+
+void DoodleCallPrivate::onLost(const QString &reason)
+{
+    m_lastReason = reason;
+    if (!m_joining || !m_connected)
+        return;
+    m_connected = false;
+    qCWarning(lcDoodle, "the call lost its broker (%s); reconnecting", qPrintable(reason));
+    emit q->disconnected(reason);
+}
+
+void DoodleCallPrivate::onFirstConnectTimeout()
+{
+    if (m_everConnected)
+        return;
+    m_error = QStringLiteral("cannot reach the broker at %1").arg(m_address);
+    if (!m_lastReason.isEmpty())
+        m_error += QStringLiteral(" (%1)").arg(m_lastReason);
+    q->leave(0);
+    emit q->failed(m_error);
+}
+
+void DoodleCallPrivate::onMessage(const QString &topic, const QByteArray &payload)
+{
+    bool sync = false;
+    const QString sender = senderOf(topic, &sync);
+    if (!m_joining || sender.isNull() || sender == m_user || !m_board)
+        return;
+    m_lastMessage.restart();
+    if (sync) {
+        onSync(sender, payload);
+        return;
+    }
+    const QString text = QString::fromUtf8(payload);
+    m_board->onDoodleTextReceived(sender, text);
+    emit q->actionReceived(sender, text);
+}

@@ -1,0 +1,195 @@
+// Broker client: the catch-up exchange. Boards compare fingerprints in a few
+// bytes and send their whole state only when the difference lasts; merging
+// states is their union, so a state that arrives twice, late or crossed by
+// another changes nothing that it should not.
+//
+// A message on "doodle/CALL/USER/sync" is one line of JSON, the header, and
+// for a state the state's text after a line break. Headers:
+//   {"doodle_sync":1,"kind":"join","fingerprint":HEX}         a joiner asks for the board
+//   {"doodle_sync":1,"kind":"fingerprint","fingerprint":HEX}  the board changed, or a reconnection
+//   {"doodle_sync":1,"kind":"state","to":[USER...],"fingerprint":HEX[,"reply":true]}
+//   {"doodle_sync":1,"kind":"leave"}                          gone (also the broker's will)
+#include "DoodleCall_p.h"
+
+#include <doodle/support/DoodleLog_p.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace {
+
+// A board announces its fingerprint once it has not changed for this long.
+constexpr qint64 kQuietMs = 300;
+// A difference that lasts this long, with this board quiet, is caught up.
+constexpr qint64 kSettleMs = 600;
+constexpr qsizetype kMaxHeaderBytes = 64 * 1024;
+
+QString hexFingerprint(quint64 fingerprint)
+{
+    return QStringLiteral("%1").arg(fingerprint, 16, 16, QLatin1Char('0'));
+}
+
+} // namespace
+
+void DoodleCallPrivate::publishSync(QJsonObject header, const QByteArray &body)
+{
+    header.insert(QStringLiteral("doodle_sync"), 1);
+    QByteArray payload = QJsonDocument(header).toJson(QJsonDocument::Compact);
+    if (!body.isNull())
+        payload += '\n' + body;
+    if (!m_client.publish(syncTopic(), payload))
+        qCWarning(lcDoodle, "a catch-up message could not be sent to the call");
+}
+
+void DoodleCallPrivate::announce(const QString &kind)
+{
+    if (!m_board)
+        return;
+    QJsonObject header{{QStringLiteral("kind"), kind}};
+    if (kind != QLatin1String("leave")) {
+        m_announced = m_board->fingerprint();
+        m_hasAnnounced = true;
+        header.insert(QStringLiteral("fingerprint"), hexFingerprint(m_announced));
+    }
+    publishSync(header);
+}
+
+void DoodleCallPrivate::pushState(const QStringList &to, bool reply)
+{
+    if (!m_board || to.isEmpty())
+        return;
+    // The state carries the fingerprint it has: it counts as an announcement.
+    m_announced = m_board->fingerprint();
+    m_hasAnnounced = true;
+    QJsonObject header{{QStringLiteral("kind"), QStringLiteral("state")},
+                       {QStringLiteral("to"), QJsonArray::fromStringList(to)},
+                       {QStringLiteral("fingerprint"), hexFingerprint(m_announced)}};
+    if (reply)
+        header.insert(QStringLiteral("reply"), true);
+    const QByteArray state = m_board->exportState().toUtf8();
+    DOODLE_LOG(QStringLiteral("call: state of %1 bytes to %2%3")
+                   .arg(state.size())
+                   .arg(to.join(QLatin1Char(',')), reply ? QStringLiteral(" (reply)") : QString()));
+    publishSync(header, state);
+}
+
+void DoodleCallPrivate::onSync(const QString &sender, const QByteArray &payload)
+{
+    qsizetype newline = payload.indexOf('\n');
+    if (newline < 0)
+        newline = payload.size();
+    const QJsonObject header = newline <= kMaxHeaderBytes
+                                   ? QJsonDocument::fromJson(payload.left(newline)).object()
+                                   : QJsonObject();
+    if (header.value(QStringLiteral("doodle_sync")).toInt() != 1) {
+        qCWarning(lcDoodle, "a catch-up message from %s is not one; ignored", qPrintable(sender));
+        return;
+    }
+    const QString kind = header.value(QStringLiteral("kind")).toString();
+    if (kind == QLatin1String("leave")) {
+        m_peers.remove(sender);
+        return;
+    }
+    bool valid = false;
+    const quint64 fingerprint =
+        header.value(QStringLiteral("fingerprint")).toString().toULongLong(&valid, 16);
+    if (!valid) {
+        qCWarning(lcDoodle, "a catch-up message from %s has no fingerprint; ignored",
+                  qPrintable(sender));
+        return;
+    }
+    notePeer(sender, fingerprint);
+    if (kind == QLatin1String("join")) {
+        // Everyone tells the joiner where it stands; one of them hands it the board.
+        announce(QStringLiteral("fingerprint"));
+        if (answersJoinOf(sender))
+            pushState({sender}, false);
+    } else if (kind == QLatin1String("state")) {
+        const QStringList to = header.value(QStringLiteral("to")).toVariant().toStringList();
+        if (to.contains(m_user))
+            onState(sender, header, payload.mid(newline + 1));
+    }
+}
+
+void DoodleCallPrivate::onState(const QString &sender, const QJsonObject &header,
+                                const QByteArray &body)
+{
+    if (!m_board || !m_board->mergeState(QString::fromUtf8(body)))
+        return;
+    DOODLE_LOG(QStringLiteral("call: merged the state of %1").arg(sender));
+    DoodleCallPeer &peer = m_peers[sender];
+    // Still different after the merge: this board holds what the sender lacks.
+    // A reply is never answered, so two boards that cannot agree stop here.
+    if (!header.value(QStringLiteral("reply")).toBool() &&
+        m_board->fingerprint() != peer.fingerprint)
+        pushState({sender}, true);
+    peer.caughtUp = true;
+}
+
+void DoodleCallPrivate::notePeer(const QString &sender, quint64 fingerprint)
+{
+    DoodleCallPeer &peer = m_peers[sender];
+    peer.fingerprint = fingerprint;
+    peer.since.start();
+    peer.caughtUp = false;
+}
+
+bool DoodleCallPrivate::answersJoinOf(const QString &joiner) const
+{
+    // The participant with the smallest id this board knows of answers; should
+    // two boards know different participants, both answer, which is harmless.
+    QString smallest = m_user;
+    for (auto it = m_peers.cbegin(); it != m_peers.cend(); ++it) {
+        if (it.key() != joiner && it.key() < smallest)
+            smallest = it.key();
+    }
+    return smallest == m_user;
+}
+
+void DoodleCallPrivate::poll()
+{
+    if (!m_board)
+        return;
+    const quint64 fingerprint = m_board->fingerprint();
+    if (fingerprint != m_seenFingerprint) {
+        m_seenFingerprint = fingerprint;
+        m_stableSince.restart();
+    }
+    if (!m_connected || m_stableSince.elapsed() < kQuietMs)
+        return;
+    if (!m_hasAnnounced || m_announced != fingerprint)
+        announce(QStringLiteral("fingerprint"));
+    if (m_stableSince.elapsed() < kSettleMs)
+        return;
+    QStringList behind;
+    for (auto it = m_peers.begin(); it != m_peers.end(); ++it) {
+        DoodleCallPeer &peer = it.value();
+        if (!peer.caughtUp && peer.fingerprint != fingerprint &&
+            peer.since.elapsed() >= kSettleMs) {
+            peer.caughtUp = true;
+            behind << it.key();
+        }
+    }
+    pushState(behind, false);
+}
+
+QStringList DoodleCall::participants() const
+{
+    QStringList names = d->m_peers.keys();
+    names.sort();
+    return names;
+}
+
+bool DoodleCall::isSettled() const
+{
+    if (!d->m_connected || !d->m_board || d->m_client.hasUndelivered())
+        return false;
+    const quint64 fingerprint = d->m_board->fingerprint();
+    if (!d->m_hasAnnounced || d->m_announced != fingerprint)
+        return false;
+    return std::all_of(
+        d->m_peers.cbegin(), d->m_peers.cend(),
+        [fingerprint](const DoodleCallPeer &peer) { return peer.fingerprint == fingerprint; });
+}

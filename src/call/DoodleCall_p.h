@@ -1,0 +1,68 @@
+#pragma once
+
+// The broker client's private state and its internal steps. Not installed.
+#include "DoodleMqttClient_p.h"
+
+#include <doodle/call/DoodleCall.h>
+#include <doodle/controller/DoodleLayout.h>
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QJsonObject>
+#include <QPointer>
+#include <QTimer>
+
+// What a participant last told about its board.
+struct DoodleCallPeer
+{
+    quint64 fingerprint = 0;
+    QElapsedTimer since;   // when it said so
+    bool caughtUp = false; // this board already sent it its state for that fingerprint
+};
+
+class DoodleCallPrivate
+{
+public:
+    DoodleCallPrivate(DoodleCall *owner, DoodleLayout *board, const QString &callName);
+
+    // Topics.
+    QString actionTopic() const;
+    QString syncTopic() const;
+    // The sender a topic of this call names, or a null string; `sync` tells
+    // whether it is a catch-up topic.
+    QString senderOf(const QString &topic, bool *sync) const;
+    // Connection.
+    void onReady();
+    void onLost(const QString &reason);
+    void onFirstConnectTimeout();
+    void onMessage(const QString &topic, const QByteArray &payload);
+    // Catch-up exchange.
+    void publishSync(QJsonObject header, const QByteArray &body = QByteArray());
+    void announce(const QString &kind);
+    void pushState(const QStringList &to, bool reply);
+    void onSync(const QString &sender, const QByteArray &payload);
+    void onState(const QString &sender, const QJsonObject &header, const QByteArray &body);
+    void notePeer(const QString &sender, quint64 fingerprint);
+    bool answersJoinOf(const QString &joiner) const;
+    void poll();
+
+    DoodleCall *q;
+    QPointer<DoodleLayout> m_board;
+    QString m_call;
+    QString m_user;
+    DoodleMqttClient m_client;
+    QString m_error;
+    QString m_address;    // host:port
+    QString m_lastReason; // why the last connection attempt failed or dropped
+    bool m_joining = false;
+    bool m_connected = false;
+    bool m_everConnected = false;
+    QTimer m_firstConnectTimer;
+    QTimer m_poll;
+    QElapsedTimer m_lastMessage;
+    QHash<QString, DoodleCallPeer> m_peers;
+    quint64 m_seenFingerprint = 0;
+    QElapsedTimer m_stableSince; // since the board's fingerprint last changed
+    bool m_hasAnnounced = false;
+    quint64 m_announced = 0;
+};

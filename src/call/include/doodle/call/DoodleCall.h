@@ -1,0 +1,83 @@
+#pragma once
+
+#include <doodle/call/DoodleCallExport.h>
+#include <doodle/controller/DoodleLayoutDelegate.h>
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class DoodleCallPrivate;
+class DoodleLayout;
+
+// Takes one board into a call through an MQTT broker. Each participant
+// publishes its action texts, exactly as the text form writes them, on
+// "doodle/CALL/USER" and hears the others on "doodle/CALL/+": the topic's last
+// level names the sender. Boards catch up with each other on
+// "doodle/CALL/USER/sync": a joiner asks for the board, participants announce
+// their fingerprint when it changes and after a reconnection, and boards whose
+// fingerprints differ exchange their states. Every message is QoS 1.
+//
+// The network runs on its own thread; received texts reach the board on the
+// thread the call lives on (the GUI thread) through queued signals.
+//
+// The call becomes the board's delegate and sends what the local user draws.
+// A host that keeps its own delegate forwards each generated action to
+// sendAction() instead; one that needs the other delegate calls derives from
+// this class.
+class DOODLE_CALL_EXPORT DoodleCall : public QObject, public DoodleLayoutDelegate
+{
+    Q_OBJECT
+public:
+    DoodleCall(DoodleLayout *board, const QString &callName, QObject *parent = nullptr);
+    // Leaves the call.
+    ~DoodleCall() override;
+
+    // A call name or user id fits in a topic level: not empty, and no '/',
+    // '+', '#' or NUL.
+    static bool isValidName(const QString &name);
+
+    // Starts joining through the broker at host:port. connected() follows, or
+    // failed() when no connection could be made within `timeoutMs`; after that
+    // the call reconnects by itself whenever the connection drops. False at once,
+    // with errorString(), when the names do not fit in topics or the client
+    // cannot start.
+    bool join(const QString &host, quint16 port, int timeoutMs = 5000);
+    // Says goodbye, waits up to `timeoutMs` for what is still being sent, and
+    // disconnects.
+    void leave(int timeoutMs = 1000);
+    bool isConnected() const;
+    QString errorString() const;
+    QString callName() const;
+
+    // Every participant that announced a fingerprint and did not leave.
+    QStringList participants() const;
+    // True when every participant in participants() last announced this
+    // board's fingerprint, this board announced it too, and the broker holds
+    // everything this participant sent.
+    bool isSettled() const;
+    // Milliseconds since a message from another participant last arrived (since
+    // join() when none did).
+    qint64 msecsSinceLastMessage() const;
+
+    // Publishes one local action.
+    void sendAction(const DoodleActionPtr &action);
+    void onDoodleActionGenerated(const DoodleActionPtr &action) override;
+
+signals:
+    void connected();
+    void reconnected();
+    // The connection dropped; the call is reconnecting.
+    void disconnected(const QString &reason);
+    // The first connection could not be made.
+    void failed(const QString &reason);
+    // An action text from `sender`, once handed to the board (which may
+    // still have dropped it: a muted sender, a limit).
+    void actionReceived(const QString &sender, const QString &text);
+
+private:
+    friend class DoodleCallPrivate;
+    std::unique_ptr<DoodleCallPrivate> d;
+};

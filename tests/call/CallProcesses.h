@@ -1,0 +1,114 @@
+#pragma once
+
+// The real parts of a call for tests: a mosquitto broker on a free loopback
+// port and `doodle join` processes. Each object stops its process when it is
+// destroyed, so a failing test leaves nothing running.
+#include <QFile>
+#include <QFileInfo>
+#include <QHostAddress>
+#include <QProcess>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+// A process whose standard output is collected as it comes.
+class ToolProcess
+{
+public:
+    ToolProcess()
+    {
+        QObject::connect(&m_process, &QProcess::readyReadStandardOutput,
+                         [this] { m_out += QString::fromUtf8(m_process.readAllStandardOutput()); });
+        QObject::connect(&m_process, &QProcess::readyReadStandardError,
+                         [this] { m_err += QString::fromUtf8(m_process.readAllStandardError()); });
+    }
+    ~ToolProcess() { stop(); }
+
+    void start(const QString &program, const QStringList &arguments)
+    {
+        m_process.start(program, arguments);
+    }
+    // Ends the process: asked first, killed if it does not go.
+    void stop()
+    {
+        if (m_process.state() == QProcess::NotRunning)
+            return;
+        m_process.terminate();
+        if (!m_process.waitForFinished(3000)) {
+            m_process.kill();
+            m_process.waitForFinished(3000);
+        }
+    }
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    bool finishedWith(int code) const
+    {
+        return !isRunning() && m_process.exitStatus() == QProcess::NormalExit &&
+               m_process.exitCode() == code;
+    }
+    const QString &out() const { return m_out; }
+    const QString &err() const { return m_err; }
+    QString lastLine() const { return m_out.trimmed().section(QLatin1Char('\n'), -1); }
+
+private:
+    QProcess m_process;
+    QString m_out;
+    QString m_err;
+};
+
+// A loopback port that nothing listens on (free when this returns).
+inline quint16 freeLoopbackPort()
+{
+    QTcpServer server;
+    return server.listen(QHostAddress::LocalHost, 0) ? server.serverPort() : 0;
+}
+
+// mosquitto on 127.0.0.1, anonymous, without persistence: a restart forgets everything.
+class Broker
+{
+public:
+    // `noDelay`: the broker sends each message at once (TCP_NODELAY) rather
+    // than waiting to fill a packet, as mosquitto does by default.
+    explicit Broker(const QString &program, bool noDelay = false)
+        : m_program(program), m_noDelay(noDelay)
+    {}
+
+    static bool isInstalled(const QString &program) { return QFileInfo(program).isExecutable(); }
+
+    bool start()
+    {
+        if (!m_port)
+            m_port = freeLoopbackPort();
+        const QString config = m_dir.filePath(QStringLiteral("mosquitto.conf"));
+        QFile file(config);
+        if (!m_port || !file.open(QIODevice::WriteOnly))
+            return false;
+        file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
+                                  "persistence false\nset_tcp_nodelay %2\n")
+                       .arg(m_port)
+                       .arg(m_noDelay ? "true" : "false")
+                       .toUtf8());
+        file.close();
+        m_process = std::make_unique<ToolProcess>();
+        m_process->start(m_program, {QStringLiteral("-c"), config});
+        // It logs to standard error; ready once it says it runs.
+        const bool running = QTest::qWaitFor(
+            [this] {
+                return m_process->err().contains(QLatin1String(" running")) ||
+                       !m_process->isRunning();
+            },
+            10000);
+        return running && m_process->isRunning();
+    }
+    void stop() { m_process.reset(); }
+    quint16 port() const { return m_port; }
+    QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
+
+private:
+    QString m_program;
+    bool m_noDelay = false;
+    QTemporaryDir m_dir;
+    quint16 m_port = 0;
+    std::unique_ptr<ToolProcess> m_process;
+};
