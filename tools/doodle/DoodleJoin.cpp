@@ -250,9 +250,6 @@ int doodleJoin(const QStringList &arguments)
         board.view()->setWindowTitle(
             QStringLiteral("doodle: %1 (%2)").arg(options.call, options.user));
         board.view()->show();
-        // Active from the start: the board abandons a gesture under way when
-        // the application becomes active, which would eat the first stroke.
-        board.view()->activateWindow();
         board.showToolBar();
     }
     return QCoreApplication::exec();

@@ -240,6 +240,8 @@ void DoodleLayoutPrivate::observeNotifications()
                          [this](Qt::ApplicationState state) {
                              if (state == Qt::ApplicationActive)
                                  didBecomeActive();
+                             else
+                                 m_leftForeground = true;
                          });
     }
 }
@@ -285,7 +287,11 @@ void DoodleLayout::resetDoodleViewFrame(const QRect &frame)
 void DoodleLayoutPrivate::didBecomeActive()
 {
     // A gesture under way when the application left the foreground is abandoned.
-    abandonGesture();
+    // A press that itself activates the window (a click into an inactive one)
+    // began after the application left, so its gesture is kept.
+    if (m_leftForeground)
+        abandonGesture();
+    m_leftForeground = false;
 }
 
 void DoodleLayout::setPageCount(quint64 count)

@@ -152,6 +152,7 @@ void DoodleLayout::touchesBegan(const DoodleTouch &touch)
         return;
     d->closePickers();
     d->abandonGesture();
+    d->m_leftForeground = false;
     d->m_gesture = d->toolForMode(d->m_actionMode);
     const QPointF p = touch.location;
     if (!d->isOnBoard(p))

@@ -189,6 +189,7 @@ public:
     QSet<QString> m_muted;
     quint64 m_fingerprint = 0;
     bool m_observing = false;
+    bool m_leftForeground = false; // since the gesture under way began
     // The tool bar, its floating button and the option pickers; all live on the view.
     QPointer<ZQDoodleToolbar> m_doodletoolbar;
     QPointer<ZQDoodleButton> m_doodletoolButton;
