@@ -69,7 +69,7 @@ private slots:
         row("beyond 32-bit millionths", {"2", "2147.483648", "-2147.483648"});
         row("shortest decimals", {"2", "0.5", "1e-3"});
         row("signs and zeros", {"+2", "+0.500000", "00.500000"});
-        row("seven decimals", {"2", "0.5000000", "0.50000"});
+        row("seven decimals", {"2", "0.5000000", "0.500000"});
         row("odd intervals", {"-0", "1.000000", "1.000000"});
         row("leading zero interval", {"02", "1.000000", "1.000000"});
         row("space, comma, dot", {" 2", "0,500000", ".500000"});
