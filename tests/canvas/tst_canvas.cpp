@@ -15,9 +15,9 @@
 #include <cmath>
 
 // One board call: s stroke, e eraser, r rectangle and o ellipse in the
-// rectangle from a to b, > arrow from a to b, t text at a (w is its size; M a
-// 1 MB text, E an empty one), i picture in the rectangle turned by code w, and
-// T the cache canvas's own stroke that first empties it.
+// rectangle from a to b, > arrow from a to b, d dot at a, t text at a (w is its
+// size; M a 1 MB text, E an empty one), i picture in the rectangle turned by
+// code w, and T the cache canvas's own stroke that first empties it.
 struct Shape
 {
     char kind;
@@ -100,6 +100,8 @@ void apply(ZQDoodleView &v, const Shape &s, quint64 i = 0, bool temp = false)
         return v.drawImageInCache(halves(), r, qint32(s.w));
     case 'T':
         return v.cacheCanvas()->drawInTempWithPath(line(s.a, s.b), s.w, s.color);
+    case 'd':
+        return v.cacheCanvas()->dotInCacheWithPoint(s.a, s.w, s.color);
     default:
         return v.textInCatchWithStartPoint(s.a, text, s.w, s.color);
     }
@@ -146,6 +148,9 @@ private slots:
             {{100, 50}, {32, 50}, {40, 58}, {167, 52}, {100, 63}, {27, 50}, {31, 41}});
         row("rectangle, mitred", {'r', {50, 50}, {150, 110}, 10}, "rrrr..",
             {{46, 46}, {154, 114}, {100, 50}, {50, 80}, {100, 80}, {43, 43}});
+        // A flat rectangle is a line as long as its drag, not stretched by its miters.
+        row("rectangle, flat", {'r', {20, 20}, {60, 20}, 6}, "rr.", {{20, 20}, {40, 20}, {66, 20}});
+        row("dot", {'d', {50, 30}, {}, 10}, "r.", {{53, 30}, {57, 30}});
         row("ellipse, inscribed", {'o', {50, 50}, {150, 110}, 4}, "rrrr..",
             {{50, 80}, {100, 50}, {150, 80}, {100, 110}, {100, 80}, {53, 53}});
         // Width 6: apex at (180, 100), base corners at (162, 91) and (162, 109).
@@ -169,6 +174,7 @@ private slots:
         row("arrow to itself", {'>', {5, 5}, {5, 5}, 4}, "-");
         row("arrow nan", {'>', {nan, 5}, {9, 5}, 4}, "-");
         row("rect inf", {'r', {0, 0}, {inf, 5}, 4}, "-");
+        row("ellipse inf", {'o', {0, 0}, {inf, 5}, 4}, "-");
         row("picture nan", {'i', {nan, 0}, {4, 4}, 0}, "-");
         row("text size 0", {'t', {5, 5}, {}, 0}, "-");
         row("text size nan", {'t', {5, 5}, {}, nan}, "-");
@@ -227,6 +233,22 @@ private slots:
         view.ellipseInCacheWithRect({150, 250, 20, 20}, 2, Qt::blue);
         const Points points = {{190, 10}, {10, 140}, {100, 160}, {150, 260}};
         QCOMPARE(look(shown, points) + look(view.cacheImage(), points), "rr..rr.b");
+    }
+
+    // A picture of another scale is resampled smoothly: a line one of its pixels
+    // wide, at scale 3, partly covers the pixels either side of it at scale 2.
+    void aPictureOfAnotherScaleIsResampledSmoothly()
+    {
+        QImage picture(30, 30, QImage::Format_ARGB32_Premultiplied);
+        picture.fill(Qt::transparent);
+        QPainter(&picture).fillRect(QRect(16, 0, 1, 30), kRed);
+        picture.setDevicePixelRatio(3);
+        ZQDoodleDrawView view;
+        view.resize(10, 10);
+        view.setCacheImage(picture);
+        QImage shown = blank({10, 10});
+        view.render(&shown, QPoint(), QRegion(), QWidget::RenderFlags());
+        QCOMPARE(look(shown, {{5, 5}, {5.5, 5}, {4, 5}}), "??.");
     }
 
     void repaintsOnlyTheChangedRectangle()

@@ -1,10 +1,10 @@
-// Boards draw exactly what was sent: degenerate shapes, resampled pictures,
-// local gestures against their replay, and ownership that comes from the channel.
+// Boards draw exactly what was sent: local gestures against their replay,
+// redraws in the middle of a gesture, receive limits, and ownership that comes
+// from the channel.
 #include "BoardHarness.h"
 #include "LogCapture.h"
 
 #include <QLineEdit>
-#include <QPainter>
 #include <QtTest>
 
 namespace {
@@ -36,55 +36,6 @@ class TestDoodleLayoutExact : public QObject
     Q_OBJECT
 private slots:
     void initTestCase() { DoodleScreen::setScaleOverride(1); }
-
-    void degenerateShapes_data()
-    {
-        QTest::addColumn<QString>("shape");
-        QTest::addColumn<QPoint>("inked");
-        QTest::addColumn<QPoint>("blank");
-        // A flat rectangle is a line as long as its drag, not stretched by its miters.
-        QTest::newRow("flat rectangle") << "rect" << QPoint(40, 20) << QPoint(66, 20);
-        // A segment of zero length makes a round dot of the stroke's width.
-        QTest::newRow("dot") << "dot" << QPoint(53, 30) << QPoint(57, 30);
-        QTest::newRow("one point draws nothing") << "point" << QPoint(-1, -1) << QPoint(50, 30);
-    }
-    void degenerateShapes()
-    {
-        QFETCH(QString, shape);
-        QFETCH(QPoint, inked);
-        QFETCH(QPoint, blank);
-        ZQDoodleDrawView surface;
-        surface.resize(100, 60);
-        if (shape == QLatin1String("rect")) {
-            surface.rectangleInCacheWithRect(QRectF(20, 20, 40, 0), 6, Qt::black);
-        } else {
-            if (shape == QLatin1String("dot"))
-                surface.dotInCacheWithPoint(QPointF(50, 30), 10, Qt::black);
-            else
-                surface.drawInCacheWithPath(QPainterPath(QPointF(50, 30)), 10, Qt::black);
-        }
-        if (inked.x() >= 0)
-            QCOMPARE(alphaAt(surface.cacheImage(), inked.x(), inked.y()), 255);
-        QCOMPARE(alphaAt(surface.cacheImage(), blank.x(), blank.y()), 0);
-    }
-
-    void aPictureOfAnotherScaleIsResampledSmoothly()
-    {
-        // One device pixel of three is inked: at scale 1 it shows as a third.
-        QImage picture(30, 30, QImage::Format_ARGB32_Premultiplied);
-        picture.fill(Qt::transparent);
-        for (int y = 0; y < 30; ++y)
-            picture.setPixel(16, y, qRgba(0, 0, 0, 255));
-        picture.setDevicePixelRatio(3);
-        ZQDoodleDrawView surface;
-        surface.resize(10, 10);
-        surface.setCacheImage(picture);
-        QImage shown(10, 10, QImage::Format_ARGB32_Premultiplied);
-        shown.fill(Qt::transparent);
-        surface.render(&shown, QPoint(), QRegion(), QWidget::RenderFlags());
-        const int alpha = qAlpha(shown.pixel(5, 5));
-        QVERIFY2(alpha > 30 && alpha < 200, qPrintable(QString::number(alpha)));
-    }
 
     void localGesturesEqualTheirReplay_data()
     {
@@ -187,9 +138,10 @@ private slots:
         QFETCH(int, mineAt);
         Participant board(QStringLiteral("me"), kBoard);
         for (int i = 0; i < 100; ++i) {
+            // Every drawing crosses the middle, so every redraw reaches many others.
             const double y = (i % 20) / 10.0 - 0.95;
             const QString who = i == mineAt ? QStringLiteral("me") : QStringLiteral("bob");
-            board.receive(who, strokeAction(who, {{-0.9, y}, {0.1 * (i % 9), y + 0.3}},
+            board.receive(who, strokeAction(who, {{-0.9, y}, {0.9, -y}},
                                             QColor::fromHsv(i * 37 % 360, 200, 200, 200), 0.03f));
         }
         board.board.undo();
@@ -268,15 +220,26 @@ private slots:
         QCOMPARE(p.me.host.generated.first()->text(), QStringLiteral("abc"));
     }
 
+    void anUndoTakesOnlyTheSendersOwnDrawing_data()
+    {
+        QTest::addColumn<quint64>("stamp");
+        QTest::newRow("without stamps") << quint64(0);
+        QTest::newRow("stamped") << quint64(1);
+    }
     void anUndoTakesOnlyTheSendersOwnDrawing()
     {
+        QFETCH(quint64, stamp);
+        const auto stamped = [stamp](DoodleActionPtr action) {
+            action->setSeqNo(stamp);
+            return action;
+        };
         Participant board(QStringLiteral("me"), kBoard);
         // Bob's drawing claims to be Ann's.
-        board.receive(QStringLiteral("bob"), strokeAction("ann", {{-0.5, 0}, {0.5, 0}}));
-        board.receive(QStringLiteral("ann"), commandAction(DoodleActionTypeUndo, "ann"));
+        board.receive("bob", stamped(strokeAction("ann", {{-0.5, 0}, {0.5, 0}})));
+        board.receive("ann", stamped(commandAction(DoodleActionTypeUndo, "ann")));
         QCOMPARE(board.board.getAllPath().size(), 1);
         QCOMPARE(alphaAt(board.cache(), 100, 50), 255);
-        board.receive(QStringLiteral("bob"), commandAction(DoodleActionTypeUndo, "ann"));
+        board.receive("bob", stamped(commandAction(DoodleActionTypeUndo, "ann")));
         QVERIFY(board.board.getAllPath().isEmpty());
         QCOMPARE(board.board.doodlePathCache()->actionsOwnedBy(QStringLiteral("bob")), 0);
         QCOMPARE(alphaAt(board.cache(), 100, 50), 0);

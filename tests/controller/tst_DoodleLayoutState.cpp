@@ -169,8 +169,6 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::newRow("junk") << "{\"doodle";
         QTest::newRow("another version") << "{\"doodle_state\":2,\"actions\":[]}";
-        QTest::newRow("an action")
-            << DoodleTranslate::stringFromDoodleAction(stampedStroke("ann", 1, 0));
     }
     void aStateThatIsNotOneIsRefused()
     {

@@ -35,18 +35,10 @@ private slots:
         QCOMPARE(DoodleBundle::numberTable("mixed"), QList<double>({2.5, 7, 12, 0, 0}));
     }
 
-    void theShippedColourTableStartsWithBlack()
-    {
-        const QStringList colours = DoodleBundle::stringTable("brushColors");
-        QCOMPARE(colours.size(), 10);
-        QCOMPARE(colours.first(), QStringLiteral("#000000"));
-    }
-
     void onlyAScaleOfExactlyTwoSelectsTheTwoXTables_data()
     {
         QTest::addColumn<double>("scale");
         QTest::addColumn<QString>("name");
-        QTest::newRow("1") << 1.0 << "textSizes_3x";
         QTest::newRow("1.999") << 1.999 << "textSizes_3x";
         QTest::newRow("2") << 2.0 << "textSizes_2x";
         QTest::newRow("3") << 3.0 << "textSizes_3x";

@@ -17,12 +17,8 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<double>("side");
-        const QStringList tools = {"revoke", "clear", "width", "eraser", "oval",
-                                   "rect",   "arrow", "text",  "save",   "close"};
-        for (const QString &tool : tools)
-            QTest::newRow(qPrintable(tool)) << tool << 30.0;
-        for (const QString &tool : tools.mid(2, 6))
-            QTest::newRow(qPrintable(tool + "_select")) << tool + "_select" << 30.0;
+        // The tools' own icons are checked on the tool bar.
+        QTest::newRow("close") << "close" << 30.0;
         QTest::newRow("color") << "color" << 44.0;
         QTest::newRow("color_select") << "color_select" << 44.0;
         QTest::newRow("doodle") << "doodle" << 44.0;
