@@ -49,6 +49,8 @@ private slots:
             me.board.showToolBar();
         if (bars == QLatin1String("hidden"))
             me.board.hideToolBar(true);
+        if (bars == QLatin1String("unfolded"))
+            me.board.addTextSizeView(); // an open picker belongs to the bar
         // A red line along the bar, through the floating button.
         me.receive("peer", strokeAction("peer", {{-1, 0.82}, {1, 0.82}}, Qt::red, 0.04f));
         me.receive("peer", strokeAction("peer", {{-1, -0.5}, {1, -0.5}}, Qt::red, 0.04f));
@@ -60,6 +62,12 @@ private slots:
             QCOMPARE(shot.pixelColor(p).alpha(), 0); // neither the bar nor the button
         QVERIFY(me.board.doodletoolbar()->isVisibleTo(me.board.view()));
         QVERIFY(me.board.doodletoolButton()->isVisibleTo(me.board.view()));
+        const auto pickers = me.board.view()->findChildren<ZQDoodleButtonView *>();
+        QCOMPARE(pickers.size(), bars == QLatin1String("unfolded") ? 1 : 0);
+        for (const ZQDoodleButtonView *picker : pickers) {
+            QCOMPARE(shot.pixelColor(picker->geometry().center() * 2).alpha(), 0);
+            QVERIFY(picker->isVisibleTo(me.board.view()));
+        }
     }
 
     void aLineThinnerThanASnapshotPixelIsAveraged()

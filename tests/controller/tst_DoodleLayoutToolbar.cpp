@@ -73,6 +73,9 @@ private slots:
         t.board.resetDoodleViewFrame(QRect(0, 0, 500, 300));
         QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 254, 468, 30));
         QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(450, 200, 44, 44));
+        t.board.view()->resize(300, 400); // the host's own layout
+        QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 354, 268, 30));
+        QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(250, 300, 44, 44));
     }
 
     void toolsSetTheModeAndMarkTheirButton_data()

@@ -261,9 +261,11 @@ void DoodleLayoutPrivate::viewDidLayout()
         return;
     m_doodleView->setGeometry(m_view->rect());
     m_doodleView->layoutSubviews();
-    // The board is pixels: after a change of size it is drawn again from the
-    // cache (a frame reset redraws once by itself).
+    // A host's own layout counts as a frame reset: the board is pixels, so it
+    // is drawn again from the cache, and the tool bar follows the new size (a
+    // frame reset does both once by itself).
     if (!m_inFrameReset) {
+        q->reloadToolBar();
         q->loadDoodleView();
     }
 }

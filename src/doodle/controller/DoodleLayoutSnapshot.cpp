@@ -9,6 +9,7 @@
 #include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/toolbar/DoodleBitmap_p.h>
+#include <doodle/toolbar/ZQDoodleButtonView.h>
 #include <doodle/toolbar/ZQDoodleToolbar.h>
 
 #include <QDateTime>
@@ -79,11 +80,21 @@ QImage DoodleLayout::imageScreenShot()
 {
     hideToolBar(true);
     QWidget *board = view();
+    // An open option picker belongs to the bar: it stays out of the picture too.
+    QList<ZQDoodleButtonView *> pickers;
+    for (ZQDoodleButtonView *picker :
+         board->findChildren<ZQDoodleButtonView *>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (picker->isVisibleTo(board))
+            pickers << picker;
+        picker->hide();
+    }
     // One pixel a point; the board's layers, kept at the screen scale, are
     // sampled down smoothly by their own painting.
     QImage picture = DoodleBitmap::create(QSizeF(board->size()), 1.0);
     if (!picture.isNull())
         board->render(&picture, QPoint(), QRegion(), QWidget::DrawChildren);
+    for (ZQDoodleButtonView *picker : pickers)
+        picker->show();
     // Shown again whether or not they were showing before.
     hideToolBar(false);
     return addWatermarketWithOriginImage(picture, d->m_waterString);
