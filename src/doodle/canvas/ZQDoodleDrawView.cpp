@@ -375,10 +375,14 @@ void ZQDoodleDrawView::textInCacheWithStartPoint(const QPointF &point, const QSt
     const QRectF dirty(QPointF(point.x() - px, point.y() - px),
                        QPointF(width(), point.y() + 3 * px));
     paintShape(dirty, [&](QPainter &painter) {
-        painter.setFont(DoodleDrawInput::systemFont(px));
-        painter.setPen(orBlack(color));
-        const QFontMetricsF metrics(painter.font(), painter.device());
-        painter.drawText(QPointF(point.x(), point.y() + metrics.ascent()), shown);
+        // Filled as outlines, not through the font engine's glyph cache: a
+        // cached glyph may be drawn another way once the cache is full, and a
+        // text must give the same pixels whenever it is drawn again.
+        const QFont font = DoodleDrawInput::systemFont(px);
+        const QFontMetricsF metrics(font, painter.device());
+        QPainterPath outline;
+        outline.addText(QPointF(point.x(), point.y() + metrics.ascent()), font, shown);
+        painter.fillPath(outline, orBlack(color));
     });
 }
 
