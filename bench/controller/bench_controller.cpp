@@ -249,9 +249,15 @@ void BM_HostileInput(benchmark::State &state)
     const QString huge = QStringLiteral("{\"PelDoodleActionTypeKey\":267,\"x\":\"") +
                          QString(10 << 20, QLatin1Char('W')) + QStringLiteral("\"}");
     const DoodleActionPtr million = wavyStroke(1, 1000000);
-    auto tiny = std::make_shared<DoodleAction>(*wavyStroke(2, 2));
-    const DoodlePoint start = tiny->pathPoints().at(0);
-    tiny->pathPoints() = DoodlePointList{start, start}; // a dot
+    auto dot = std::make_shared<DoodleAction>(*wavyStroke(2, 2));
+    const DoodlePoint start = dot->pathPoints().at(0);
+    dot->pathPoints() = DoodlePointList{start, start};
+    // Dots with stamps of their own, so that none is a copy of another.
+    QList<DoodleActionPtr> tiny;
+    for (int i = 0; i < (state.range(0) == 2 ? 100000 : 0); ++i) {
+        tiny << std::make_shared<DoodleAction>(*dot);
+        tiny.last()->setSeqNo(quint64(i) + 1);
+    }
     for (auto _ : state) {
         switch (state.range(0)) {
         case 0:
@@ -261,16 +267,21 @@ void BM_HostileInput(benchmark::State &state)
             phone.board.onDoodleActionReceived(QStringLiteral("mallory"), million);
             break;
         default:
-            for (int i = 0; i < 100000; ++i) // five times the limit of drawings per sender
-                phone.board.onDoodleActionReceived(QStringLiteral("mallory"), tiny);
             state.PauseTiming();
-            phone.board.cleanDoodleCaches();
+            {
+                PhoneBoard fresh; // stamps once seen are not taken again
+                state.ResumeTiming();
+                for (const DoodleActionPtr &action : tiny) // five times the limit per sender
+                    fresh.board.onDoodleActionReceived(QStringLiteral("mallory"), action);
+                state.PauseTiming();
+                state.counters["cached"] = double(fresh.board.doodlePathCache()->size());
+            }
             state.ResumeTiming();
         }
     }
-    state.counters["cached"] = double(phone.board.doodlePathCache()->size());
 }
-BENCHMARK(BM_HostileInput)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_HostileInput)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_HostileInput)->Arg(2)->Iterations(3)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
