@@ -1,0 +1,12 @@
+# Installs a library of the package with its public headers, under an export
+# set of its own that the package's config file includes.
+function(doodle_install_library target export_set)
+    install(TARGETS ${target} EXPORT ${export_set}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    install(EXPORT ${export_set}
+        NAMESPACE Doodle::
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Doodle)
+endfunction()
