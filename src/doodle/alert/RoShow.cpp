@@ -14,10 +14,14 @@
 
 namespace {
 
-// An alert on `window`: the message, room for a text field, and a row for
-// the buttons. It deletes itself once closed.
-QDialog *makeAlert(QWidget *window, const QString &message, QHBoxLayout **buttonRow)
+// An alert on the window that holds `view`: the message, room for a text
+// field, and a row for the buttons. It deletes itself once closed. None when
+// no window holds the view.
+QDialog *makeAlert(QWidget *view, const QString &message, QHBoxLayout **buttonRow)
 {
+    QWidget *window = RoShow::viewControllerWithView(view);
+    if (!window)
+        return nullptr;
     auto *dialog = new QDialog(window);
     dialog->setWindowTitle(QStringLiteral(""));
     auto *column = new QVBoxLayout(dialog);
@@ -74,11 +78,10 @@ std::chrono::milliseconds delayOf(double seconds)
 void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &ensure,
                            const Callback &cancel)
 {
-    QWidget *window = viewControllerWithView(view);
-    if (!window)
-        return;
     QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(window, title, &row);
+    QDialog *dialog = makeAlert(view, title, &row);
+    if (!dialog)
+        return;
     addButtons(dialog, row, true);
     onClose(dialog, ensure, cancel);
     dialog->open();
@@ -87,11 +90,10 @@ void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &
 void RoShow::showAlertWith(QWidget *view, const QString &placeHolder, const TextCallback &ensure,
                            const Callback &cancel)
 {
-    QWidget *window = viewControllerWithView(view);
-    if (!window)
-        return;
     QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(window, placeHolder, &row);
+    QDialog *dialog = makeAlert(view, placeHolder, &row);
+    if (!dialog)
+        return;
     auto *field = new QLineEdit(dialog);
     field->setPlaceholderText(placeHolder);
     static_cast<QVBoxLayout *>(dialog->layout())->insertWidget(1, field);
@@ -107,11 +109,10 @@ void RoShow::showAlertWith(QWidget *view, const QString &placeHolder, const Text
 
 void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &ensure)
 {
-    QWidget *window = viewControllerWithView(view);
-    if (!window)
-        return;
     QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(window, title, &row);
+    QDialog *dialog = makeAlert(view, title, &row);
+    if (!dialog)
+        return;
     addButtons(dialog, row, false);
     onClose(dialog, ensure, Callback());
     dialog->open();
@@ -120,11 +121,10 @@ void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &
 void RoShow::showAlertWith(QWidget *view, const QString &title, double timeInterval,
                            const Callback &completion)
 {
-    QWidget *window = viewControllerWithView(view);
-    if (!window)
-        return;
     QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(window, title, &row);
+    QDialog *dialog = makeAlert(view, title, &row);
+    if (!dialog)
+        return;
     dialog->open();
     if (!(timeInterval > 0))
         return; // stays until the host closes it; `completion` never runs
