@@ -58,7 +58,8 @@ private slots:
         QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 454, 368, 30));
         QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(350, 400, 44, 44));
         QVERIFY(!t.board.doodletoolbar()->isVisible() && t.board.doodletoolButton()->isVisible());
-        t.drag(); // folded: drawing is paused
+        QVERIFY(!t.board.doodletoolButton()->toolTip().isEmpty()); // it says what it does
+        t.drag();                                                  // folded: drawing is paused
         QTest::mouseClick(t.board.doodletoolButton(), Qt::LeftButton);
         QVERIFY(t.board.doodletoolbar()->isVisible());
         t.drag();

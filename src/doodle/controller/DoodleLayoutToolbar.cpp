@@ -162,6 +162,7 @@ ZQDoodleButton *DoodleLayout::doodletoolButton()
         button->setNormalImage(bundleImage(QStringLiteral("doodle")));
         button->setFocusPolicy(Qt::NoFocus);
         button->setAccessibleName(tr("Tools"));
+        button->setToolTip(tr("Show or hide the tools"));
         connect(button, &ZQDoodleButton::clicked, this, &DoodleLayout::showToolBar);
         auto *shadow = new QGraphicsDropShadowEffect(button);
         shadow->setOffset(0, 0);
