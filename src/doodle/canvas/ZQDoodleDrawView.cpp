@@ -18,6 +18,9 @@ namespace {
 constexpr double kAntialiasMargin = 1.0;
 // Joins stay mitred down to about 11.5 degrees (a miter length of ten widths).
 constexpr double kMiterLimit = 5.0;
+// Pens up to one device pixel wide take the raster engine's hairline path,
+// whose pixels depend on the clip; wider pens and fills do not.
+constexpr double kHairlinePixels = 1.05;
 
 QColor orBlack(const QColor &color)
 {
@@ -134,7 +137,15 @@ void ZQDoodleDrawView::clearPicture(bool release)
     m_paintedRect = QRect();
 }
 
-template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, Draw draw)
+// Whether a shape outlined with this pen (none for a fill) gives the same
+// pixels inside a clip as drawn whole.
+bool ZQDoodleDrawView::clipsExactly(std::optional<double> penWidth)
+{
+    return !penWidth || *penWidth * DoodleScreen::scale() > kHairlinePixels;
+}
+
+template <typename Draw>
+void ZQDoodleDrawView::paintShape(const QRectF &dirty, std::optional<double> penWidth, Draw draw)
 {
     m_lastPainted = QRect();
     const QRect changed = (dirty & QRectF(rect())).toAlignedRect();
@@ -156,6 +167,10 @@ template <typename Draw> void ZQDoodleDrawView::paintShape(const QRectF &dirty, 
     {
         QPainter painter(redirected ? &m_scratch : &m_cacheImage);
         painter.setRenderHint(QPainter::Antialiasing);
+        // In a region redraw only the region's pixels are kept: a clip spares
+        // the rest of the shape where that leaves the region's pixels as they are.
+        if (redirected && clipsExactly(penWidth))
+            painter.setClipRect(m_region);
         draw(painter);
     }
     m_lastPainted = changed;
@@ -210,6 +225,18 @@ void ZQDoodleDrawView::copyPicture(QImage &target) const
     }
 }
 
+bool ZQDoodleDrawView::copyRegionTo(QImage &target) const
+{
+    if (m_region.isNull() || target.size() != m_scratch.size() ||
+        target.format() != m_scratch.format())
+        return false;
+    const QRect pixels = devicePixels(m_region);
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y)
+        std::copy_n(reinterpret_cast<const QRgb *>(m_scratch.constScanLine(y)) + pixels.left(),
+                    pixels.width(), reinterpret_cast<QRgb *>(target.scanLine(y)) + pixels.left());
+    return true;
+}
+
 void ZQDoodleDrawView::endRegionRedraw()
 {
     if (m_region.isNull())
@@ -239,7 +266,8 @@ void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const 
     const bool covers =
         !path.isEmpty() && *usable >= DoodleDrawInput::coveringWidth(firstPoint(path), size());
     const QRectF extent = dot ? QRectF(firstPoint(path), QSizeF(0, 0)) : path.controlPointRect();
-    paintShape(grown(extent, *usable / 2), [&](QPainter &painter) {
+    const std::optional<double> outline = covers || dot ? std::nullopt : usable;
+    paintShape(grown(extent, *usable / 2), outline, [&](QPainter &painter) {
         if (erase)
             painter.setCompositionMode(QPainter::CompositionMode_Clear);
         if (covers) {
@@ -291,7 +319,7 @@ void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &rect, double width
     QPen pen(orBlack(color), *usable, Qt::SolidLine, Qt::FlatCap, Qt::SvgMiterJoin);
     pen.setMiterLimit(kMiterLimit);
     // A right-angled miter reaches width / sqrt(2) beyond the corner.
-    paintShape(grown(rect, *usable), [&](QPainter &painter) {
+    paintShape(grown(rect, *usable), usable, [&](QPainter &painter) {
         painter.setPen(pen);
         painter.drawRect(rect.normalized());
     });
@@ -310,7 +338,7 @@ void ZQDoodleDrawView::ellipseInCacheWithRect(const QRectF &rect, double width, 
     // hole, so fill the outer edge instead.
     const QRectF box = rect.normalized();
     const bool filled = *usable > 0 && *usable >= std::min(box.width(), box.height());
-    paintShape(grown(rect, *usable / 2), [&](QPainter &painter) {
+    paintShape(grown(rect, *usable / 2), filled ? std::nullopt : usable, [&](QPainter &painter) {
         if (filled) {
             painter.setPen(Qt::NoPen);
             painter.setBrush(pen.color());
@@ -350,7 +378,7 @@ void ZQDoodleDrawView::arrowInCacheWithStartPoint(const QPointF &start, const QP
     QPen pen(orBlack(color), w, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
     pen.setMiterLimit(kMiterLimit);
     // The apex's miter reaches about 1.12w beyond the end point.
-    paintShape(grown(QPolygonF({start, end, p1, p2}).boundingRect(), 1.5 * w),
+    paintShape(grown(QPolygonF({start, end, p1, p2}).boundingRect(), 1.5 * w), usable,
                [&](QPainter &painter) {
                    painter.setPen(pen);
                    painter.setBrush(pen.color());
@@ -374,7 +402,7 @@ void ZQDoodleDrawView::textInCacheWithStartPoint(const QPointF &point, const QSt
     // on either side takes in overhanging glyphs.
     const QRectF dirty(QPointF(point.x() - px, point.y() - px),
                        QPointF(width(), point.y() + 3 * px));
-    paintShape(dirty, [&](QPainter &painter) {
+    paintShape(dirty, std::nullopt, [&](QPainter &painter) {
         // Filled as outlines, not through the font engine's glyph cache: a
         // cached glyph may be drawn another way once the cache is full, and a
         // text must give the same pixels whenever it is drawn again.
@@ -394,7 +422,8 @@ void ZQDoodleDrawView::drawImage(const QImage &image, const QRectF &rect)
     }
     if (image.isNull())
         return;
-    paintShape(grown(rect, 0.0), [&](QPainter &painter) {
+    // Drawn whole: a scaled image's pixels are not promised to be clip-free.
+    paintShape(grown(rect, 0.0), 0.0, [&](QPainter &painter) {
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(rect, image);
     });

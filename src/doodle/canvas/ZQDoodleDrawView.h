@@ -9,6 +9,8 @@
 #include <QRectF>
 #include <QWidget>
 
+#include <optional>
+
 // One transparent drawing surface that shows a single cached picture at the
 // screen scale. Every primitive paints into that picture and repaints only the
 // rectangle it changed. A surface that holds nothing holds no picture.
@@ -52,13 +54,17 @@ public:
 
     // Region redraw: between begin and end, primitives draw into a scratch
     // picture whose region starts transparent, and shapes that miss the region
-    // are skipped; the end copies the region into the surface. Shapes are drawn
-    // whole rather than clipped, so the region's pixels are exactly those a
-    // redraw of the whole surface gives.
+    // are skipped; the end copies the region into the surface. Shapes are
+    // clipped to the region only where that cannot change its pixels (not
+    // hairline pens), so they are exactly those a redraw of the whole surface
+    // gives.
     // `base`, a picture of this surface's size, gives the region's starting
     // pixels; a null image starts it transparent.
     void beginRegionRedraw(const QRect &region, const QImage &base = QImage());
     void endRegionRedraw();
+    // Copies the region as the redraw has it so far into `target`, a picture
+    // of this surface's size; false when there is no such region or picture.
+    bool copyRegionTo(QImage &target) const;
     // While a target is set, primitives draw into it (a picture of this
     // surface's size) instead of the surface; nullptr draws on the surface again.
     void setTarget(QImage *target) { m_target = target; }
@@ -79,7 +85,9 @@ private:
     bool preparePicture();
     void clearPicture(bool release);
     void removeChildWidgets();
-    template <typename Draw> void paintShape(const QRectF &dirty, Draw draw);
+    static bool clipsExactly(std::optional<double> penWidth);
+    template <typename Draw>
+    void paintShape(const QRectF &dirty, std::optional<double> penWidth, Draw draw);
     QRect devicePixels(const QRect &area) const;
     void strokePath(const QPainterPath &path, double width, const QColor &color, bool erase,
                     bool dot);

@@ -175,7 +175,7 @@ void DoodleLayoutPrivate::placeEntry(qsizetype index)
         }
         return;
     }
-    redrawRegion(rect, index);
+    redrawRegion(rect, index, 1);
 }
 
 bool DoodleLayoutPrivate::overlapsLaterEntries(qsizetype index, const QRect &rect) const
@@ -197,7 +197,7 @@ void DoodleLayoutPrivate::removeEntry(qsizetype index, bool draw)
     if (removed.action->seqNo() != 0)
         rememberUndone(stampOf(removed));
     if (draw && q->isViewLoaded())
-        redrawRegion(removed.drawnRect, index);
+        redrawRegion(removed.drawnRect, index, -1);
 }
 
 void DoodleLayoutPrivate::rememberUndone(const DoodleStamp &stamp)

@@ -7,6 +7,8 @@
 
 #include <doodle/support/DoodleLog_p.h>
 
+#include <QVarLengthArray>
+
 #include <cmath>
 
 namespace {
@@ -202,16 +204,6 @@ void DoodleLayoutPrivate::takeSavepoint(qsizetype count, bool coarse)
     save.count = count;
 }
 
-const DoodleSavepoint *DoodleLayoutPrivate::newestSavepoint() const
-{
-    const DoodleSavepoint *newest = nullptr;
-    for (const DoodleSavepoint &save : m_saves) {
-        if (save.count >= 0 && (!newest || save.count > newest->count))
-            newest = &save;
-    }
-    return newest;
-}
-
 void DoodleLayoutPrivate::noteAppended()
 {
     // Never while a live eraser has cleared pixels the cache does not hold yet.
@@ -225,7 +217,7 @@ void DoodleLayoutPrivate::noteAppended()
         takeSavepoint(count, true);
 }
 
-void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype removed)
+void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype changed, int shift)
 {
     ZQDoodleDrawView *canvas = cacheSurface();
     const QRect region = area.toAlignedRect() & canvas->rect();
@@ -235,18 +227,28 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype removed)
         q->drawCachePath();
         return;
     }
-    // Only the pixels inside the region change: they are replayed from
-    // transparent, in cache order, by every drawing that reached into them.
-    // Savepoints that hold a removed drawing are stale; the newest other one
-    // is where the replay starts.
-    if (removed >= 0)
-        dropSavepoints(removed);
-    const DoodleSavepoint *save = newestSavepoint();
+    // Savepoints past the changed index lack a drawing that came in or still
+    // hold one that went, inside the region only: the replay passes them and
+    // mends their region. The newest other one is where the replay starts.
+    QVarLengthArray<DoodleSavepoint *, 3> stale;
+    const DoodleSavepoint *save = nullptr;
+    for (DoodleSavepoint &each : m_saves) {
+        if (each.count >= 0 && changed >= 0 && each.count > changed) {
+            each.count += shift;
+            stale.append(&each);
+        } else if (each.count >= 0 && (!save || each.count > save->count)) {
+            save = &each;
+        }
+    }
     const qsizetype first = save ? save->count : 0;
     canvas->beginRegionRedraw(region, save ? save->picture : QImage());
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
-    for (qsizetype i = first; i < entries.size(); ++i) {
-        if (entries.at(i).drawnRect.intersects(region))
+    for (qsizetype i = first; i <= entries.size(); ++i) {
+        for (DoodleSavepoint *mend : stale) {
+            if (mend->count == i && !canvas->copyRegionTo(mend->picture))
+                mend->count = -1;
+        }
+        if (i < entries.size() && entries.at(i).drawnRect.intersects(region))
             paint(*entries.at(i).action);
     }
     reapplyLiveErasure();

@@ -88,13 +88,12 @@ public:
     void drawStroke(const DoodleAction &action);
     // The stroke through the points; `isDot` tells when several points share one place.
     QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
-    // Redraws the region from the cache; `removed` is the index a drawing was
-    // just taken from, or -1.
-    void redrawRegion(const QRectF &area, qsizetype removed = -1);
+    // Redraws the region from the cache. `changed` is the index a drawing was
+    // just put at (`shift` 1) or taken from (`shift` -1), or -1.
+    void redrawRegion(const QRectF &area, qsizetype changed = -1, int shift = 0);
     void noteAppended();
     void dropSavepoints(qsizetype keepUpTo);
     void takeSavepoint(qsizetype count, bool coarse);
-    const DoodleSavepoint *newestSavepoint() const;
     void reapplyLiveErasure();
     // Gestures.
     DoodleGestureTool toolForMode(qint64 mode) const;
