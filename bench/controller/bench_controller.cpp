@@ -109,9 +109,9 @@ BENCHMARK(BM_UndoOnFullBoard)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicrosecon
 
 // A drawing that arrives 100 places late on a board of 5 000: across the
 // board like the others (range 0) or in a corner nothing later touches (1).
-// Each late arrival drops the savepoints after it, so in a row of them (0, 1)
-// each replays from the oldest; range 2 measures one arrival after the board
-// was drawn afresh, with its savepoints in place.
+// The replay starts at the newest savepoint before it, the coarse one, and
+// mends the savepoints after it on the way; range 2 measures one arrival
+// after the board was drawn afresh, when the coarse one is furthest back.
 void BM_LateArrival(benchmark::State &state)
 {
     PhoneBoard phone;
@@ -137,6 +137,33 @@ void BM_LateArrival(benchmark::State &state)
 }
 BENCHMARK(BM_LateArrival)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_LateArrival)->Arg(2)->Iterations(8)->Unit(benchmark::kMicrosecond);
+
+// Undo of the local user's newest drawing right after a drawing arrived 100
+// places late: the savepoints the late one passed are mended, not lost.
+void BM_UndoAfterLateArrival(benchmark::State &state)
+{
+    PhoneBoard phone;
+    for (int i = 0; i < 5000; ++i)
+        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    const auto late = std::make_shared<DoodleAction>(*wavyStroke(4900, 50));
+    const DoodleActionPtr mine = wavyStroke(2500, 50);
+    quint64 stamp = 100000;
+    int round = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const QString sender = QStringLiteral("late%1").arg(round++);
+        phone.board.onDoodleActionReceived(sender, late);
+        mine->setSeqNo(++stamp);
+        phone.board.onDoodleActionReceived(QStringLiteral("me"), mine);
+        state.ResumeTiming();
+        phone.board.undo();
+        state.PauseTiming();
+        phone.board.undoDrawPathWithUserId(sender);
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_UndoAfterLateArrival)->Unit(benchmark::kMicrosecond);
 
 // Export of a 5 000-drawing state, and its merge into an empty board.
 void BM_StateHandOff(benchmark::State &state)
