@@ -186,6 +186,31 @@ void BM_StateHandOff(benchmark::State &state)
 }
 BENCHMARK(BM_StateHandOff)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
+// A clear ordered before every drawing of a 5 000-stroke board: it removes
+// nothing, but the fingerprint is recomputed and the board redrawn (range 1),
+// against the redraw alone (range 0).
+void BM_ClearBeforeEverything(benchmark::State &state)
+{
+    PhoneBoard phone;
+    for (int i = 0; i < 5000; ++i)
+        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    auto clear = std::make_shared<DoodleAction>();
+    clear->setActionType(DoodleActionTypeClean);
+    clear->setSeqNo(1);
+    int round = 0;
+    for (auto _ : state) {
+        if (state.range(0) == 0) {
+            phone.board.drawCachePath();
+        } else { // each later than the last, and still before ("peer", 1)
+            const QString sender = QStringLiteral("a%1").arg(round++, 6, 10, QLatin1Char('0'));
+            phone.board.onDoodleActionReceived(sender, clear);
+        }
+    }
+    if (phone.board.getAllPath().size() != 5000)
+        state.SkipWithError("the clear removed drawings");
+}
+BENCHMARK(BM_ClearBeforeEverything)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
 void BM_ReceiveOneStroke(benchmark::State &state)
 {
     PhoneBoard phone;

@@ -4,6 +4,7 @@
 
 #include <doodle/support/DoodleLog_p.h>
 
+#include <QDateTime>
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -72,6 +73,9 @@ bool DoodleCall::join(const QString &host, quint16 port, int timeoutMs)
     d->m_client.setWill(d->syncTopic(),
                         QJsonDocument(QJsonObject{{"doodle_sync", 1}, {"kind", "leave"}})
                             .toJson(QJsonDocument::Compact));
+    // This id may have been in the call before, from this board or another
+    // process: stamps start past the wall clock, above any it sent then.
+    d->m_board->advanceClock(quint64(QDateTime::currentMSecsSinceEpoch()));
     QString problem;
     if (!d->m_client.start(host, port, &problem)) {
         d->m_error = QStringLiteral("cannot connect to %1:%2: %3").arg(host).arg(port).arg(problem);

@@ -183,6 +183,32 @@ private slots:
         QVERIFY(containsColor(expected, QColor::fromRgba(4280191205u))); // the blue spiral
     }
 
+    // A participant that leaves and comes back under the same id draws at once:
+    // its new drawing must not pass for a copy of the one it drew before.
+    void aRejoinersDrawingReachesTheOthers()
+    {
+        Broker broker(DOODLE_MOSQUITTO);
+        QVERIFY(broker.start());
+        ToolProcess watcher, visits[2];
+        join(watcher, broker, "ben", {"--quit-after-idle", "2"});
+        QTRY_VERIFY_WITH_TIMEOUT(watcher.out().contains("connected"), 10000);
+        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 30, 200)};
+        for (int i = 0; i < 2; ++i) {
+            const QString session = m_dir.filePath(QStringLiteral("visit%1.jsonl").arg(i));
+            QVERIFY(writeLines(session, makeSession(quint32(i + 7), 1, colors[i], false)));
+            join(visits[i], broker, "ann",
+                 {"--play", session, "--interval", "0", "--quit-after-idle", "0.3"});
+            QTRY_VERIFY_WITH_TIMEOUT(!visits[i].isRunning(), 10000);
+            QVERIFY2(visits[i].finishedWith(0), qPrintable(visits[i].err()));
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!watcher.isRunning(), 10000);
+        QVERIFY2(watcher.finishedWith(0), qPrintable(watcher.err()));
+        QCOMPARE(watcher.lastLine(), visits[1].lastLine());
+        const QImage seen = picture(m_dir.filePath("ben.png"));
+        for (const QColor &color : colors)
+            QVERIFY2(containsColor(seen, color), qPrintable(color.name()));
+    }
+
     void refusesWhatItCannotJoin_data()
     {
         QTest::addColumn<QStringList>("arguments");

@@ -68,6 +68,12 @@ private slots:
         QCOMPARE(maxChannelDifference(a.cache(), b.cache(), kBoard), 0);
         QCOMPARE(differenceFromReplay(b), 0);
         QCOMPARE(b.board.clock(), quint64(3));
+        // The clock moves forward only; what is drawn next is stamped past it.
+        b.board.advanceClock(2);
+        QCOMPARE(b.board.clock(), quint64(3));
+        b.board.advanceClock(100);
+        QVERIFY(b.board.commitLocalAction(stampedStroke("b", 1, 0.6)));
+        QCOMPARE(cacheOf(b.board).last(), QStringLiteral("b 101"));
     }
 
     void lateArrivalsOnAFullBoard()
@@ -206,12 +212,115 @@ private slots:
         board.receive("old", strokeAction("old", {{-0.5, 0}, {0.5, 0}}));
         board.receive("ann", stampedStroke("ann", 7, 0.3));
         board.receive("old", strokeAction("old", {{-0.5, 0.5}, {0.5, 0.5}}));
+        board.receive("ann", stampedStroke("ann", 7, 0.3)); // a copy, behind theirs
         // Arrival order for them; an undo without a stamp takes the sender's last.
         board.receive("old", commandAction(DoodleActionTypeUndo, "old"));
         QCOMPARE(cacheOf(board.board), QStringList({"old 0", "ann 7"}));
         board.receive("old", commandAction(DoodleActionTypeClean, "old"));
         QVERIFY(cacheOf(board.board).isEmpty());
         QCOMPARE(differenceFromReplay(board), 0);
+    }
+
+    // Drawings without a stamp travel in the state, at their place, and are
+    // taken once per copy the board lacks: two equal dots are two.
+    void unstampedDrawingsTravelWithTheState_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QStringList>("expected");
+        QTest::addColumn<bool>("agrees");
+        const QStringList all{"old 0", "ann 1", "old 0", "old 0", "ann 2"};
+        QTest::newRow("late joiner") << "" << all << true;
+        QTest::newRow("holds one of the two dots") << "dot" << all << true;
+        QTest::newRow("a clear here the state lacks")
+            << "clear" << QStringList{QStringLiteral("ann 2")} << false;
+        QTest::newRow("their author muted here")
+            << "mute" << QStringList{"ann 1", "ann 2"} << false;
+    }
+    void unstampedDrawingsTravelWithTheState()
+    {
+        QFETCH(QString, before);
+        QFETCH(QStringList, expected);
+        QFETCH(bool, agrees);
+        const DoodleActionPtr line = strokeAction("old", {{-0.6, -0.4}, {0.6, -0.4}});
+        const DoodleActionPtr dot = strokeAction("old", {{0.1, 0.1}, {0.1, 0.1}}, Qt::green, 0.1f);
+        Participant sender(QStringLiteral("s"), kBoard), board(QStringLiteral("me"), kBoard);
+        sender.receive("old", line);
+        sender.receive("ann", stampedStroke("ann", 1, -0.5));
+        sender.receive("old", dot);
+        sender.receive("old", dot);
+        sender.receive("ann", stampedStroke("ann", 2, 0));
+        if (before == QLatin1String("dot")) {
+            board.receive("ann", stampedStroke("ann", 1, -0.5));
+            board.receive("old", dot);
+        } else if (before == QLatin1String("clear")) {
+            board.receive("ben", stampedCommand(DoodleActionTypeClean, "ben", 1));
+        } else if (before == QLatin1String("mute")) {
+            board.board.setMuted(QStringLiteral("old"), true);
+        }
+        const QString state = sender.board.exportState();
+        QVERIFY(board.board.mergeState(state));
+        QCOMPARE(cacheOf(board.board), expected);
+        QCOMPARE(board.board.fingerprint() == sender.board.fingerprint(), agrees);
+        if (agrees)
+            QCOMPARE(maxChannelDifference(board.cache(), sender.cache(), kBoard), 0);
+        QCOMPARE(differenceFromReplay(board), 0);
+        const quint64 merged = board.board.fingerprint();
+        QVERIFY(board.board.mergeState(state)); // twice changes nothing
+        QCOMPARE(cacheOf(board.board), expected);
+        QCOMPARE(board.board.fingerprint(), merged);
+    }
+
+    // Two boards with one drawing under the same stamp: their fingerprints
+    // agree exactly when the drawings show the same, also when one board drew
+    // it and the other decoded it from its text.
+    void fingerprintSeesWhatIsDrawn_data()
+    {
+        QTest::addColumn<DoodleActionPtr>("first");
+        QTest::addColumn<DoodleActionPtr>("second");
+        QTest::addColumn<bool>("drawnHere");
+        QTest::addColumn<bool>("equal");
+        const auto stroke = [](float y, const QColor &color) {
+            return strokeAction("ann", {{-0.31, y}, {0.123457, 0.7}, {0.5, -0.2}}, color, 0.0137f);
+        };
+        const auto text = [](const QString &words) {
+            DoodleActionPtr action = boxAction(DoodleActionTypeText, "ann", {0.1, 0.2, 0, 0});
+            action->setText(words);
+            action->setTextSize(0.05f);
+            return action;
+        };
+        const QRectF box(-0.3, -0.2, 0.45, 0.3);
+        const auto arrow = boxAction(DoodleActionTypeArrow, "ann", box);
+        const auto otherEnd = boxAction(DoodleActionTypeArrow, "ann", box.adjusted(0, 0, 0.1, 0));
+        QTest::newRow("stroke drawn here")
+            << stroke(0.2f, Qt::red) << stroke(0.2f, Qt::red) << true << true;
+        QTest::newRow("text drawn here") << text("hi") << text("hi") << true << true;
+        QTest::newRow("arrow drawn here") << arrow << arrow << true << true;
+        QTest::newRow("a point moved")
+            << stroke(0.2f, Qt::red) << stroke(0.21f, Qt::red) << false << false;
+        QTest::newRow("another colour")
+            << stroke(0.2f, Qt::red) << stroke(0.2f, Qt::blue) << false << false;
+        QTest::newRow("other words") << text("hi") << text("ho") << false << false;
+        QTest::newRow("another arrow end") << arrow << otherEnd << false << false;
+    }
+    void fingerprintSeesWhatIsDrawn()
+    {
+        QFETCH(DoodleActionPtr, first);
+        QFETCH(DoodleActionPtr, second);
+        QFETCH(bool, drawnHere);
+        QFETCH(bool, equal);
+        Participant ann(QStringLiteral("ann"), kBoard), peer(QStringLiteral("peer"), kBoard);
+        if (drawnHere) {
+            ann.linkTo(peer); // the drawing reaches the peer as its text
+            QVERIFY(ann.board.commitLocalAction(first));
+        } else {
+            first->setSeqNo(1);
+            second->setSeqNo(1);
+            ann.receive("ann", first);
+            peer.receive("ann", second);
+        }
+        QCOMPARE(cacheOf(peer.board), QStringList{QStringLiteral("ann 1")});
+        QCOMPARE(cacheOf(ann.board), cacheOf(peer.board));
+        QCOMPARE(ann.board.fingerprint() == peer.board.fingerprint(), equal);
     }
 
     // A recorded session played as the local user's own: the peer shows what

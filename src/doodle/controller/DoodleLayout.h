@@ -183,13 +183,21 @@ public:
 
     // One order on every board. Every action this board sends carries an
     // order stamp; received ones are kept in stamp order. A board's state (its
-    // stamped drawings, what was taken back and the last clear) travels as one
+    // drawings, what was taken back and the last clear) travels as one
     // text; merging states is their union, so merges never conflict.
     quint64 clock() const;
+    // Moves the clock forward to `atLeast` (never back; stamps stay below
+    // 2^53). A board that leaves a call and rejoins it under the same id calls
+    // this before it sends anything, with a value above every stamp it sent
+    // before (the wall clock in milliseconds), so that the others never take
+    // its new drawings for copies of old ones.
+    void advanceClock(quint64 atLeast);
     QString exportState() const;
     // False, with a warning, for a text that is not a state or is too large.
     bool mergeState(const QString &state);
-    // Equal on two boards that hold the same state; kept current after every change.
+    // Equal on two boards that hold the same state: the same drawings (stamp,
+    // owner and what each shows), undos and last clear. Kept current after
+    // every change.
     quint64 fingerprint() const;
 
     // Moderation, on this board only: a muted sender's actions are dropped;

@@ -5,13 +5,12 @@
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
 
-#include <QDataStream>
-#include <QIODevice>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -19,35 +18,82 @@ constexpr qsizetype kMaxStateBytes = 64 * 1024 * 1024;
 constexpr qsizetype kMaxTombstones = 100000;
 constexpr quint64 kLargestStamp = (quint64(1) << 53) - 1;
 
-// FNV-1a: the same on every platform and Qt version, unlike qHash.
-quint64 fnv1a(const QByteArray &bytes)
+// FNV-1a over values fed byte by byte, least significant first: the same on
+// every platform and Qt version, unlike qHash.
+class Fnv1a
 {
-    quint64 hash = 0xcbf29ce484222325ULL;
-    for (const char byte : bytes) {
-        hash ^= quint8(byte);
-        hash *= 0x100000001b3ULL;
+public:
+    void add(quint64 value)
+    {
+        for (int shift = 0; shift < 64; shift += 8)
+            addByte(quint8(value >> shift));
     }
-    return hash;
-}
+    void add(float value)
+    {
+        quint32 bits = 0;
+        if (value != 0) // 0 and -0 draw the same
+            std::memcpy(&bits, &value, sizeof bits);
+        add(quint64(bits));
+    }
+    // A null and an empty text hash the same: the text form cannot tell them apart.
+    void add(const QString &text)
+    {
+        add(quint64(text.size()));
+        for (const QChar c : text)
+            add(quint64(c.unicode()));
+    }
+    quint64 value() const { return m_hash; }
 
-// What a drawing from a peer without stamps shows, as bytes: its fields in a
-// fixed order (encoding it would write the encoder's log lines).
-QByteArray drawingBytes(const QString &owner, const DoodleAction &a)
+private:
+    void addByte(quint8 byte)
+    {
+        m_hash ^= byte;
+        m_hash *= 0x100000001b3ULL;
+    }
+    quint64 m_hash = 0xcbf29ce484222325ULL;
+};
+
+// What a drawing shows, as its text form carries it for its type: a drawing
+// made here and the same one decoded from its text on another board hash equal.
+void addContent(Fnv1a &hash, const DoodleAction &a)
 {
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out << owner << a.actionType() << a.userId() << HexadecimalColorFromUIColor(a.brushColor())
-        << a.brushWidth() << a.x() << a.y() << a.endX() << a.endY() << a.width() << a.height()
-        << a.text() << a.textSize();
-    for (const DoodlePoint &point : a.pathPoints())
-        out << point.toStringList();
-    return bytes;
+    const qint64 type = a.actionType();
+    hash.add(quint64(type));
+    hash.add(a.pageNumber());
+    hash.add(a.brushWidth() > 0 ? a.brushWidth() : 0.0f);
+    hash.add(a.brushColor().isValid() ? quint64(HexadecimalColorFromUIColor(a.brushColor())) + 1
+                                      : quint64(0));
+    if (type == DoodleActionTypeStroke || type == DoodleActionTypeEraser) {
+        hash.add(quint64(a.pathPoints().size()));
+        for (const DoodlePoint &point : a.pathPoints()) {
+            hash.add(point.x());
+            hash.add(point.y());
+        }
+        return;
+    }
+    hash.add(a.x());
+    hash.add(a.y());
+    hash.add(quint64(qint64(a.rotate())));
+    if (type == DoodleActionTypeText) {
+        hash.add(a.text());
+        hash.add(a.textSize());
+        return;
+    }
+    hash.add(a.width());
+    hash.add(a.height());
+    if (type == DoodleActionTypeArrow) {
+        hash.add(a.endX());
+        hash.add(a.endY());
+    }
 }
 
 quint64 stampHash(char kind, const DoodleStamp &stamp)
 {
-    return fnv1a(QByteArray(1, kind) + QByteArray::number(stamp.clock) + '/' +
-                 stamp.sender.toUtf8());
+    Fnv1a hash;
+    hash.add(quint64(quint8(kind)));
+    hash.add(stamp.clock);
+    hash.add(stamp.sender);
+    return hash.value();
 }
 
 QJsonArray stampJson(const DoodleStamp &stamp)
@@ -87,37 +133,61 @@ quint64 DoodleLayoutPrivate::nextStamp()
     return m_clock;
 }
 
-quint64 DoodleLayoutPrivate::entryHash(const DoodleCacheEntry &entry) const
+// A drawing counts by its stamp (none for a peer without stamps), its owner and
+// what it shows, so boards that hold different drawings under one stamp differ.
+quint64 DoodleLayoutPrivate::entryHash(const QString &owner, const DoodleAction &action)
 {
-    if (entry.action->seqNo() != 0)
-        return stampHash('d', stampOf(entry));
-    // A drawing from a peer without stamps counts by what it shows.
-    return fnv1a(drawingBytes(entry.owner, *entry.action));
+    Fnv1a hash;
+    hash.add(quint64('d'));
+    hash.add(action.seqNo());
+    hash.add(owner);
+    addContent(hash, action);
+    return hash.value();
 }
 
+// Each entry's hash was taken once, when it was added.
 void DoodleLayoutPrivate::recomputeFingerprint()
 {
     m_fingerprint = m_lastClear ? stampHash('c', *m_lastClear) : 0;
-    for (const DoodleCacheEntry &entry : m_doodlePathCache.entries())
-        m_fingerprint ^= entryHash(entry);
+    m_unstampedCount = 0;
+    for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
+        m_fingerprint ^= entry.hash;
+        m_unstampedCount += entry.action->seqNo() == 0 ? 1 : 0;
+    }
+}
+
+void DoodleLayoutPrivate::insertEntry(qsizetype index, const DoodleActionPtr &action,
+                                      const QString &owner)
+{
+    const quint64 hash = entryHash(owner, *action);
+    m_doodlePathCache.insertAction(index, action, owner);
+    m_doodlePathCache.setHash(index, hash);
+    m_fingerprint ^= hash;
+    m_unstampedCount += action->seqNo() == 0 ? 1 : 0;
 }
 
 // Where a stamped drawing goes: after every entry ordered before it. Entries
-// from peers without stamps stay where they arrived.
+// from peers without stamps stay where they arrived, so nothing goes before
+// them; with such entries on the board the stamped ones are not all in order,
+// and a copy is looked for through the whole cache.
 qsizetype DoodleLayoutPrivate::insertionIndex(const DoodleStamp &stamp, bool *duplicate) const
 {
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     qsizetype index = entries.size();
+    bool placed = false;
     *duplicate = false;
-    while (index > 0 && entries.at(index - 1).action->seqNo() != 0) {
-        const DoodleStamp other = stampOf(entries.at(index - 1));
-        if (other == stamp) {
+    for (qsizetype i = entries.size() - 1; i >= 0; --i) {
+        const bool stamped = entries.at(i).action->seqNo() != 0;
+        const DoodleStamp other = stamped ? stampOf(entries.at(i)) : DoodleStamp();
+        if (stamped && other == stamp) {
             *duplicate = true;
-            return index - 1;
+            return i;
         }
-        if (other < stamp)
+        placed = placed || !stamped || other < stamp;
+        if (!placed)
+            index = i;
+        else if (m_unstampedCount == 0)
             break;
-        --index;
     }
     return index;
 }
@@ -137,8 +207,7 @@ bool DoodleLayoutPrivate::receiveDrawing(const DoodleActionPtr &action, const QS
         if (duplicate)
             return false;
     }
-    m_doodlePathCache.insertAction(index, action, owner);
-    m_fingerprint ^= entryHash(m_doodlePathCache.entries().at(index));
+    insertEntry(index, action, owner);
     if (draw && q->isViewLoaded())
         placeEntry(index);
     return true;
@@ -193,9 +262,11 @@ void DoodleLayoutPrivate::removeEntry(qsizetype index, bool draw)
     const DoodleCacheEntry removed = m_doodlePathCache.takeAt(index);
     if (!removed.action)
         return;
-    m_fingerprint ^= entryHash(removed);
+    m_fingerprint ^= removed.hash;
     if (removed.action->seqNo() != 0)
         rememberUndone(stampOf(removed));
+    else
+        --m_unstampedCount;
     if (draw && q->isViewLoaded())
         redrawRegion(removed.drawnRect, index, -1);
 }
@@ -270,6 +341,11 @@ quint64 DoodleLayout::clock() const
     return d->m_clock;
 }
 
+void DoodleLayout::advanceClock(quint64 atLeast)
+{
+    d->observeClock(atLeast);
+}
+
 quint64 DoodleLayout::fingerprint() const
 {
     return d->m_fingerprint;
@@ -280,10 +356,9 @@ QString DoodleLayout::exportState() const
     QJsonArray actions;
     qsizetype bytes = 0;
     const QList<DoodleCacheEntry> &entries = d->m_doodlePathCache.entries();
-    // The newest drawings first, up to the bound; then back in order.
+    // The newest drawings first, up to the bound; then back in order. Drawings
+    // without a stamp keep their place among the stamped ones.
     for (qsizetype i = entries.size() - 1; i >= 0; --i) {
-        if (entries.at(i).action->seqNo() == 0)
-            continue;
         const QString text = DoodleTranslate::stringFromDoodleAction(entries.at(i).action);
         bytes += text.size() + entries.at(i).owner.size();
         if (bytes > kMaxStateBytes) {
@@ -318,10 +393,13 @@ bool DoodleLayout::mergeState(const QString &text)
         return false;
     }
     d->observeClock(quint64(std::max<qint64>(0, state.value(QStringLiteral("clock")).toInteger())));
-    if (const auto clear = stampFrom(state.value(QStringLiteral("clear"))))
+    const auto clear = stampFrom(state.value(QStringLiteral("clear")));
+    if (clear)
         d->applyClear(*clear);
     d->mergeUndone(state.value(QStringLiteral("undone")).toArray());
-    d->mergeActions(state.value(QStringLiteral("actions")).toArray());
+    // The state's drawings without a stamp came after its clear; a later clear
+    // here removes them, as it did the ones this board held.
+    d->mergeActions(state.value(QStringLiteral("actions")).toArray(), clear == d->m_lastClear);
     // One redraw for the whole merge.
     d->redrawAfterClear();
     return true;
@@ -342,18 +420,60 @@ void DoodleLayoutPrivate::mergeUndone(const QJsonArray &undone)
     }
 }
 
-void DoodleLayoutPrivate::mergeActions(const QJsonArray &actions)
+void DoodleLayoutPrivate::mergeActions(const QJsonArray &actions, bool takeUnstamped)
 {
+    // The drawings without a stamp this board holds, by hash: a copy in the
+    // state is taken only beyond as many as are here.
+    QHash<quint64, qsizetype> held;
+    for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
+        if (entry.action->seqNo() == 0)
+            ++held[entry.hash];
+    }
+    std::optional<DoodleStamp> previous; // the last stamped drawing met in the state
     for (const QJsonValue &value : actions) {
         const QJsonArray pair = value.toArray();
         const QString owner = pair.at(0).toString();
         const DoodleActionPtr action =
             DoodleTranslate::doodleActionFromString(pair.at(1).toString());
-        if (!action || action->seqNo() == 0 || !doodleIsDrawnActionType(action->actionType()) ||
-            m_muted.contains(owner) || !withinLimits(owner, *action))
+        if (!action || !doodleIsDrawnActionType(action->actionType()) || m_muted.contains(owner))
             continue;
-        receiveDrawing(action, owner, false);
+        if (action->seqNo() != 0) {
+            previous = DoodleStamp{action->seqNo(), owner};
+            if (withinLimits(owner, *action))
+                receiveDrawing(action, owner, false);
+            continue;
+        }
+        qsizetype &copies = held[entryHash(owner, *action)];
+        if (copies > 0)
+            --copies;
+        else if (takeUnstamped && withinLimits(owner, *action))
+            insertEntry(unstampedIndex(previous), action, owner);
     }
+}
+
+// A drawing without a stamp has nothing to order it by. Merged, it goes right
+// after the stamped drawing it followed in the sender's state (first when none),
+// behind the unstamped ones this board already has there, as if it arrived
+// now: so it covers, and is covered by, the same stamped drawings as on the
+// sender's board, and those that reach every board live keep their place.
+qsizetype DoodleLayoutPrivate::unstampedIndex(const std::optional<DoodleStamp> &after) const
+{
+    const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
+    qsizetype index = 0;
+    if (after) {
+        index = -1;
+        for (qsizetype i = entries.size() - 1; i >= 0 && index < 0; --i) {
+            if (entries.at(i).action->seqNo() == after->clock &&
+                entries.at(i).owner == after->sender)
+                index = i + 1;
+        }
+        bool present = false;
+        if (index < 0) // not here (taken back or cleared): where it would go
+            index = insertionIndex(*after, &present);
+    }
+    while (index < entries.size() && entries.at(index).action->seqNo() == 0)
+        ++index;
+    return index;
 }
 
 void DoodleLayout::setMuted(const QString &userId, bool muted)

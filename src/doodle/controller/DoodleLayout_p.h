@@ -121,8 +121,9 @@ public:
     static DoodleStamp stampOf(const DoodleCacheEntry &entry);
     void observeClock(quint64 clock);
     quint64 nextStamp();
-    quint64 entryHash(const DoodleCacheEntry &entry) const;
+    static quint64 entryHash(const QString &owner, const DoodleAction &action);
     void recomputeFingerprint();
+    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner);
     qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
     bool receiveDrawing(const DoodleActionPtr &action, const QString &owner, bool draw);
     void placeEntry(qsizetype index);
@@ -134,7 +135,8 @@ public:
     bool applyClear(const DoodleStamp &stamp);
     void redrawAfterClear();
     void mergeUndone(const QJsonArray &undone);
-    void mergeActions(const QJsonArray &actions);
+    void mergeActions(const QJsonArray &actions, bool takeUnstamped);
+    qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
     void forgetOrder();
     // Limits on what others send.
     bool withinLimits(const QString &sender, const DoodleAction &action) const;
@@ -187,6 +189,7 @@ public:
     QSet<DoodleStamp> m_undone; // drawings taken back, so that no copy brings them back
     QSet<QString> m_muted;
     quint64 m_fingerprint = 0;
+    qsizetype m_unstampedCount = 0; // cached drawings without a stamp
     bool m_observing = false;
     bool m_leftForeground = false; // since the gesture under way began
     // The tool bar, its floating button and the option pickers; all live on the view.

@@ -10,7 +10,7 @@ void DoodlePathCache::addAction(const DoodleActionPtr &action, const QString &ow
 {
     if (!action)
         return;
-    m_entries.append(DoodleCacheEntry{action, owner, QRectF()});
+    m_entries.append(DoodleCacheEntry{action, owner, QRectF(), 0});
     count(m_entries.last(), 1);
 }
 
@@ -19,7 +19,7 @@ void DoodlePathCache::insertAction(qsizetype index, const DoodleActionPtr &actio
 {
     if (!action || index < 0 || index > m_entries.size())
         return;
-    m_entries.insert(index, DoodleCacheEntry{action, owner, QRectF()});
+    m_entries.insert(index, DoodleCacheEntry{action, owner, QRectF(), 0});
     count(m_entries.at(index), 1);
 }
 
@@ -78,6 +78,12 @@ void DoodlePathCache::setDrawnRect(qsizetype index, const QRectF &rect)
 {
     if (index >= 0 && index < m_entries.size())
         m_entries[index].drawnRect = rect;
+}
+
+void DoodlePathCache::setHash(qsizetype index, quint64 hash)
+{
+    if (index >= 0 && index < m_entries.size())
+        m_entries[index].hash = hash;
 }
 
 bool DoodlePathCache::containsPathWithUserId(const QString &userId, quint64 pageNumber) const

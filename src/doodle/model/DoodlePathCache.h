@@ -11,13 +11,15 @@
 #include <functional>
 
 // One cached drawing: the action, the participant it belongs to (the sender
-// the host named, not a name written inside the action) and the rectangle of
-// the board it last changed, in view points (empty until drawn).
+// the host named, not a name written inside the action), the rectangle of
+// the board it last changed, in view points (empty until drawn), and its share
+// of the board's fingerprint (set by the board when it adds the entry).
 struct DoodleCacheEntry
 {
     DoodleActionPtr action;
     QString owner;
     QRectF drawnRect;
+    quint64 hash = 0;
 };
 
 // Every drawn action on the board, oldest first, held by shared reference.
@@ -48,6 +50,7 @@ public:
     const QList<DoodleCacheEntry> &entries() const { return m_entries; }
     qsizetype size() const { return m_entries.size(); }
     void setDrawnRect(qsizetype index, const QRectF &rect);
+    void setHash(qsizetype index, quint64 hash);
     // How many drawings, and how many stroke points in them, `owner` has cached.
     qsizetype actionsOwnedBy(const QString &owner) const;
     qsizetype pointsOwnedBy(const QString &owner) const;
