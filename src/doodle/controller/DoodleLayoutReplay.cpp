@@ -264,9 +264,12 @@ void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
 
 void DoodleLayout::undo()
 {
-    // The undo names the stamp of the drawing it takes back.
+    // The undo names the stamp of the drawing it takes back. With nothing to
+    // take back it is still sent, under a fresh stamp no drawing has: without
+    // one, receivers would take this user's last drawing on their board.
     const qsizetype index = d->lastIndexOwnedBy(d->m_userId);
-    const quint64 stamp = index >= 0 ? d->m_doodlePathCache.entries().at(index).action->seqNo() : 0;
+    const quint64 stamp =
+        index >= 0 ? d->m_doodlePathCache.entries().at(index).action->seqNo() : d->nextStamp();
     if (index >= 0)
         d->removeEntry(index, true);
     const DoodleActionPtr action = makeCommandAction(DoodleActionTypeUndo, d->m_userId);
