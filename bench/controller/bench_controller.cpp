@@ -136,6 +136,25 @@ void BM_LateArrival(benchmark::State &state)
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_LateArrival)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+
+// The mirror of range 0: the drawing 100 places back taken back again.
+void BM_UndoHundredBack(benchmark::State &state)
+{
+    PhoneBoard phone;
+    for (int i = 0; i < 5000; ++i)
+        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    const auto late = std::make_shared<DoodleAction>(*wavyStroke(4900, 50));
+    int round = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const QString sender = QStringLiteral("late%1").arg(round++);
+        phone.board.onDoodleActionReceived(sender, late);
+        state.ResumeTiming();
+        phone.board.undoDrawPathWithUserId(sender);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_UndoHundredBack)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_LateArrival)->Arg(2)->Iterations(8)->Unit(benchmark::kMicrosecond);
 
 // Undo of the local user's newest drawing right after a drawing arrived 100
