@@ -215,6 +215,16 @@ private slots:
         QCOMPARE(cacheOf(board.board), QStringList({"ann 1", "ann 5", "ben 6"}));
     }
 
+    void resetForgetsTheDrawings()
+    {
+        Participant board(QStringLiteral("me"), kBoard);
+        board.receive("ann", stampedStroke("ann", 1, -0.5));
+        board.receive("old", strokeAction("old", {{-0.5, 0}, {0.5, 0}}));
+        board.board.reset();
+        QCOMPARE(board.board.fingerprint(),
+                 Participant(QStringLiteral("me"), kBoard).board.fingerprint());
+    }
+
     void peersWithoutStamps()
     {
         Participant board(QStringLiteral("me"), kBoard);

@@ -194,6 +194,9 @@ void DoodleLayout::reset()
     setBackgroundColor(QColor(Qt::transparent));
     setBackgroundImage(QImage());
     d->m_doodlePathCache.cleanAllPath();
+    // What follows the cache: its fingerprint, and savepoints of its drawings.
+    d->recomputeFingerprint();
+    d->dropSavepoints(-1);
     d->m_brushColor = QColor(Qt::black);
     d->m_colorSelectIndex = 0;
 }
