@@ -35,10 +35,13 @@ DoodleActionPtr wavyStroke(int index, int points)
 
 struct PhoneBoard
 {
-    PhoneBoard() : board(QStringLiteral("me"))
+    // A board that has received `strokes` strokes from a peer.
+    explicit PhoneBoard(qint64 strokes = 0) : board(QStringLiteral("me"))
     {
         board.resetDoodleViewFrame(kFrame);
         board.showToolBar();
+        for (int i = 0; i < strokes; ++i)
+            board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
     }
     DoodleLayout board;
 };
@@ -91,9 +94,7 @@ BENCHMARK(BM_BareStrokes)->Arg(1)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicros
 // Undo of the local user's last stroke on a board of `range` received strokes.
 void BM_UndoOnFullBoard(benchmark::State &state)
 {
-    PhoneBoard phone;
-    for (int i = 0; i < state.range(0); ++i)
-        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    PhoneBoard phone(state.range(0));
     const DoodleActionPtr mine = wavyStroke(int(state.range(0)) / 2, 50);
     quint64 stamp = 100000;
     for (auto _ : state) {
@@ -114,9 +115,7 @@ BENCHMARK(BM_UndoOnFullBoard)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicrosecon
 // after the board was drawn afresh, when the coarse one is furthest back.
 void BM_LateArrival(benchmark::State &state)
 {
-    PhoneBoard phone;
-    for (int i = 0; i < 5000; ++i)
-        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    PhoneBoard phone(5000);
     auto late = std::make_shared<DoodleAction>(*wavyStroke(4900, 50));
     if (state.range(0) == 1) {
         late->pathPoints().clear();
@@ -140,9 +139,7 @@ BENCHMARK(BM_LateArrival)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 // The mirror of range 0: the drawing 100 places back taken back again.
 void BM_UndoHundredBack(benchmark::State &state)
 {
-    PhoneBoard phone;
-    for (int i = 0; i < 5000; ++i)
-        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    PhoneBoard phone(5000);
     const auto late = std::make_shared<DoodleAction>(*wavyStroke(4900, 50));
     int round = 0;
     for (auto _ : state) {
@@ -161,9 +158,7 @@ BENCHMARK(BM_LateArrival)->Arg(2)->Iterations(8)->Unit(benchmark::kMicrosecond);
 // places late: the savepoints the late one passed are mended, not lost.
 void BM_UndoAfterLateArrival(benchmark::State &state)
 {
-    PhoneBoard phone;
-    for (int i = 0; i < 5000; ++i)
-        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    PhoneBoard phone(5000);
     const auto late = std::make_shared<DoodleAction>(*wavyStroke(4900, 50));
     const DoodleActionPtr mine = wavyStroke(2500, 50);
     quint64 stamp = 100000;
@@ -187,9 +182,7 @@ BENCHMARK(BM_UndoAfterLateArrival)->Unit(benchmark::kMicrosecond);
 // Export of a 5 000-drawing state, and its merge into an empty board.
 void BM_StateHandOff(benchmark::State &state)
 {
-    PhoneBoard phone;
-    for (int i = 0; i < 5000; ++i)
-        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    PhoneBoard phone(5000);
     const QString exported = phone.board.exportState();
     for (auto _ : state) {
         if (state.range(0) == 0) {
@@ -210,9 +203,7 @@ BENCHMARK(BM_StateHandOff)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 // against the redraw alone (range 0).
 void BM_ClearBeforeEverything(benchmark::State &state)
 {
-    PhoneBoard phone;
-    for (int i = 0; i < 5000; ++i)
-        phone.board.onDoodleActionReceived(QStringLiteral("peer"), wavyStroke(i, 50));
+    PhoneBoard phone(5000);
     auto clear = std::make_shared<DoodleAction>();
     clear->setActionType(DoodleActionTypeClean);
     clear->setSeqNo(1);
