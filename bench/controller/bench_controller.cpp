@@ -108,11 +108,33 @@ void BM_UndoOnFullBoard(benchmark::State &state)
 }
 BENCHMARK(BM_UndoOnFullBoard)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicrosecond);
 
+// Undo of the local user's newest drawing when it reaches every edge of the
+// board, as a sweep of the eraser does: the whole board is its region.
+void BM_UndoWholeBoardSweep(benchmark::State &state)
+{
+    PhoneBoard phone(5000);
+    const auto sweep = std::make_shared<DoodleAction>(*wavyStroke(0, 0));
+    for (const QPointF corner :
+         {QPointF(-1.02, -1.02), QPointF(1.02, -0.3), QPointF(-1.02, 0.4), QPointF(1.02, 1.02)})
+        sweep->addPointWithPositionX(float(corner.x()), float(corner.y()), 2);
+    quint64 stamp = 100000;
+    for (auto _ : state) {
+        state.PauseTiming();
+        sweep->setSeqNo(++stamp);
+        phone.board.onDoodleActionReceived(QStringLiteral("me"), sweep);
+        state.ResumeTiming();
+        phone.board.undo();
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_UndoWholeBoardSweep)->Unit(benchmark::kMillisecond);
+
 // A drawing that arrives 100 places late on a board of 5 000: across the
 // board like the others (range 0) or in a corner nothing later touches (1).
 // The replay starts at the newest savepoint before it, the coarse one, and
 // mends the savepoints after it on the way; range 2 measures one arrival
 // after the board was drawn afresh, when the coarse one is furthest back.
+// Range 3 is the floor: the same drawing arriving on time, as the newest.
 void BM_LateArrival(benchmark::State &state)
 {
     PhoneBoard phone(5000);
@@ -125,6 +147,8 @@ void BM_LateArrival(benchmark::State &state)
     int round = 0;
     for (auto _ : state) {
         const QString sender = QStringLiteral("late%1").arg(round++);
+        if (state.range(0) == 3)
+            late->setSeqNo(quint64(1000000 + round));
         phone.board.onDoodleActionReceived(sender, late);
         state.PauseTiming();
         phone.board.undoDrawPathWithUserId(sender);
@@ -134,7 +158,7 @@ void BM_LateArrival(benchmark::State &state)
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_LateArrival)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_LateArrival)->Arg(0)->Arg(1)->Arg(3)->Unit(benchmark::kMicrosecond);
 
 // The mirror of range 0: the drawing 100 places back taken back again.
 void BM_UndoHundredBack(benchmark::State &state)

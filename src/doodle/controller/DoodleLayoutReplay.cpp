@@ -223,10 +223,6 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype changed, in
     const QRect region = area.toAlignedRect() & canvas->rect();
     if (region.isEmpty())
         return;
-    if (region == canvas->rect()) {
-        q->drawCachePath();
-        return;
-    }
     // Savepoints past the changed index lack a drawing that came in or still
     // hold one that went, inside the region only: the replay passes them and
     // mends their region. The newest other one is where the replay starts.
@@ -239,6 +235,13 @@ void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype changed, in
         } else if (each.count >= 0 && (!save || each.count > save->count)) {
             save = &each;
         }
+    }
+    // The whole board with nothing to start from is a fresh redraw, which
+    // also takes new savepoints; from a savepoint only what came after it is
+    // drawn again, however large the region.
+    if (!save && region == canvas->rect()) {
+        q->drawCachePath();
+        return;
     }
     const qsizetype first = save ? save->count : 0;
     canvas->beginRegionRedraw(region, save ? save->picture : QImage());
