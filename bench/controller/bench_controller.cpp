@@ -223,8 +223,8 @@ void BM_StateHandOff(benchmark::State &state)
 BENCHMARK(BM_StateHandOff)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 // A clear ordered before every drawing of a 5 000-stroke board: it removes
-// nothing, but the fingerprint is recomputed and the board redrawn (range 1),
-// against the redraw alone (range 0).
+// nothing, so only the fingerprint is recomputed (range 1), against a redraw
+// of the board (range 0).
 void BM_ClearBeforeEverything(benchmark::State &state)
 {
     PhoneBoard phone(5000);

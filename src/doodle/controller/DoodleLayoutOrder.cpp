@@ -318,12 +318,13 @@ bool DoodleLayoutPrivate::applyClear(const DoodleStamp &stamp)
         return false;
     m_lastClear = stamp;
     // Everything ordered before the clear goes, and drawings from peers without stamps.
-    m_doodlePathCache.removeEntriesIf([&stamp](const DoodleCacheEntry &entry) {
-        return entry.action->seqNo() == 0 || stampOf(entry) < stamp;
-    });
+    const qsizetype removed =
+        m_doodlePathCache.removeEntriesIf([&stamp](const DoodleCacheEntry &entry) {
+            return entry.action->seqNo() == 0 || stampOf(entry) < stamp;
+        });
     m_undone.removeIf([&stamp](const DoodleStamp &s) { return s < stamp; });
     recomputeFingerprint();
-    return true;
+    return removed > 0;
 }
 
 void DoodleLayoutPrivate::redrawAfterClear()

@@ -132,6 +132,7 @@ public:
     void rememberUndone(const DoodleStamp &stamp);
     qsizetype lastIndexOwnedBy(const QString &owner) const;
     void undoStamped(const QString &owner, quint64 clock);
+    // Takes a clear newer than the last one; true if it removed drawings.
     bool applyClear(const DoodleStamp &stamp);
     void redrawAfterClear();
     void mergeUndone(const QJsonArray &undone);
