@@ -203,7 +203,8 @@ void BM_UndoAfterLateArrival(benchmark::State &state)
 }
 BENCHMARK(BM_UndoAfterLateArrival)->Unit(benchmark::kMicrosecond);
 
-// Export of a 5 000-drawing state, and its merge into an empty board.
+// Export of a 5 000-drawing state (range 0), its merge into an empty board
+// (1), and into the board it came from, which holds all of it already (2).
 void BM_StateHandOff(benchmark::State &state)
 {
     PhoneBoard phone(5000);
@@ -211,6 +212,8 @@ void BM_StateHandOff(benchmark::State &state)
     for (auto _ : state) {
         if (state.range(0) == 0) {
             benchmark::DoNotOptimize(phone.board.exportState());
+        } else if (state.range(0) == 2) {
+            phone.board.mergeState(exported);
         } else {
             state.PauseTiming();
             PhoneBoard joiner;
@@ -220,7 +223,7 @@ void BM_StateHandOff(benchmark::State &state)
     }
     state.counters["bytes"] = double(exported.size());
 }
-BENCHMARK(BM_StateHandOff)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_StateHandOff)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 // A clear ordered before every drawing of a 5 000-stroke board: it removes
 // nothing, so only the fingerprint is recomputed (range 1), against a redraw

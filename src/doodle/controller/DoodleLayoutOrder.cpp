@@ -394,6 +394,7 @@ bool DoodleLayout::mergeState(const QString &text)
         return false;
     }
     d->observeClock(quint64(std::max<qint64>(0, state.value(QStringLiteral("clock")).toInteger())));
+    const QList<DoodleActionPtr> before = d->m_doodlePathCache.getAllPath();
     const auto clear = stampFrom(state.value(QStringLiteral("clear")));
     if (clear)
         d->applyClear(*clear);
@@ -401,8 +402,9 @@ bool DoodleLayout::mergeState(const QString &text)
     // The state's drawings without a stamp came after its clear; a later clear
     // here removes them, as it did the ones this board held.
     d->mergeActions(state.value(QStringLiteral("actions")).toArray(), clear == d->m_lastClear);
-    // One redraw for the whole merge.
-    d->redrawAfterClear();
+    // One redraw for the whole merge, and none when it brought nothing new.
+    if (d->m_doodlePathCache.getAllPath() != before)
+        d->redrawAfterClear();
     return true;
 }
 
