@@ -225,6 +225,29 @@ void BM_StateHandOff(benchmark::State &state)
 }
 BENCHMARK(BM_StateHandOff)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
+// Catching up after a short drop: merging a state that brings ten drawings
+// the board missed, ordered among its newest (range 0) or 100 places back (1).
+void BM_CatchUpTen(benchmark::State &state)
+{
+    PhoneBoard phone(5000);
+    const quint64 first = state.range(0) == 0 ? 4990 : 4890;
+    int round = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        DoodleLayout source(QStringLiteral("source"));
+        const QString owner = QStringLiteral("away%1").arg(round++);
+        for (int i = 0; i < 10; ++i) {
+            const DoodleActionPtr missed = wavyStroke(int(first) + i, 50);
+            source.onDoodleActionReceived(owner, missed);
+        }
+        const QString missed = source.exportState();
+        state.ResumeTiming();
+        phone.board.mergeState(missed);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_CatchUpTen)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
 // A clear ordered before every drawing of a 5 000-stroke board: it removes
 // nothing, so only the fingerprint is recomputed (range 1), against a redraw
 // of the board (range 0).

@@ -1,5 +1,5 @@
 // Three boards linked only through the text form, driven by random sessions of
-// every tool, undo, clear, resizes and hostile texts, over a channel that
+// every tool, undo, clear, resizes, state hand-offs and hostile texts, over a channel that
 // delivers at once or one that keeps each sender's order but interleaves
 // senders: at the end every board holds the same cache and draws exactly what
 // a fresh board draws from it.
@@ -24,6 +24,7 @@ enum class Kind
     Undo,
     Clear,
     Resize,
+    Merge,
     Hostile
 };
 
@@ -45,7 +46,7 @@ const QStringList kUsers = {"ann", "ben", "cat"};
 
 QString describe(const Op &op)
 {
-    static const char *names[] = {"gesture", "text", "undo", "clear", "resize", "hostile"};
+    static const char *names[] = {"gesture", "text", "undo", "clear", "resize", "merge", "hostile"};
     QString points;
     for (const QPointF &p : op.points)
         points += QStringLiteral(" (%1,%2)").arg(p.x(), 0, 'g', 3).arg(p.y(), 0, 'g', 3);
@@ -90,7 +91,8 @@ Op randomOp(QRandomGenerator &random, bool legacyPeer)
               : roll < 72 ? Kind::Text
               : roll < 86 ? Kind::Undo
               : roll < 88 ? Kind::Clear
-              : roll < 94 ? Kind::Resize
+              : roll < 92 ? Kind::Resize
+              : roll < 95 ? Kind::Merge
                           : Kind::Hostile;
     op.mode = 1 + random.bounded(5);
     op.color = QColor::fromRgb(random.generate());
@@ -193,6 +195,10 @@ public:
         case Kind::Resize: // a host layout that comes back to the board's size
             board.resetDoodleViewFrame(QRect(0, 0, 120 + 20 * int(op.points.size()), 200));
             board.resetDoodleViewFrame(QRect(QPoint(0, 0), kSizes.at(op.board)));
+            break;
+        case Kind::Merge: // catching up with another board's state
+            board.mergeState(
+                boards.at(size_t((op.board + op.mode % 2 + 1) % 3))->board.exportState());
             break;
         case Kind::Hostile:
             send(QStringLiteral("mallory"), op.text, -1);

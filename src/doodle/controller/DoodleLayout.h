@@ -194,6 +194,7 @@ public:
     void advanceClock(quint64 atLeast);
     QString exportState() const;
     // False, with a warning, for a text that is not a state or is too large.
+    // The board is redrawn once, only where the merge brought or took drawings.
     bool mergeState(const QString &state);
     // Equal on two boards that hold the same state: the same drawings (stamp,
     // owner and what each shows), undos and last clear. Kept current after

@@ -17,6 +17,9 @@ namespace {
 constexpr qsizetype kMaxStateBytes = 64 * 1024 * 1024;
 constexpr qsizetype kMaxTombstones = 100000;
 constexpr quint64 kLargestStamp = (quint64(1) << 53) - 1;
+// Past this many changes made together, drawing the board afresh costs less
+// than finding and redrawing what they cover.
+constexpr qsizetype kBatchLimit = 64;
 
 // FNV-1a over values fed byte by byte, least significant first: the same on
 // every platform and Qt version, unlike qHash.
@@ -164,6 +167,9 @@ void DoodleLayoutPrivate::insertEntry(qsizetype index, const DoodleActionPtr &ac
     m_doodlePathCache.setHash(index, hash);
     m_fingerprint ^= hash;
     m_unstampedCount += action->seqNo() == 0 ? 1 : 0;
+    shiftSavepoints(index, 1);
+    if (m_batch)
+        batchChange(index, {});
 }
 
 // Where a stamped drawing goes: after every entry ordered before it. Entries
@@ -192,8 +198,7 @@ qsizetype DoodleLayoutPrivate::insertionIndex(const DoodleStamp &stamp, bool *du
     return index;
 }
 
-bool DoodleLayoutPrivate::receiveDrawing(const DoodleActionPtr &action, const QString &owner,
-                                         bool draw)
+bool DoodleLayoutPrivate::receiveDrawing(const DoodleActionPtr &action, const QString &owner)
 {
     qsizetype index = m_doodlePathCache.size();
     if (const quint64 clock = action->seqNo()) {
@@ -208,7 +213,7 @@ bool DoodleLayoutPrivate::receiveDrawing(const DoodleActionPtr &action, const QS
             return false;
     }
     insertEntry(index, action, owner);
-    if (draw && q->isViewLoaded())
+    if (!m_batch && q->isViewLoaded())
         placeEntry(index);
     return true;
 }
@@ -221,30 +226,38 @@ void DoodleLayoutPrivate::placeEntry(qsizetype index)
         return;
     }
     // A late arrival: only the region it covers is drawn again, in order.
-    ZQDoodleDrawView *canvas = cacheSurface();
-    const DoodleAction &action = *m_doodlePathCache.entries().at(index).action;
-    canvas->setMeasuring(true);
-    const QRect rect = paint(action);
-    canvas->setMeasuring(false);
-    m_doodlePathCache.setDrawnRect(index, rect);
-    if (!overlapsLaterEntries(index, rect)) {
-        // Nothing ordered after it touches its pixels, so drawing it last gives
-        // the same picture; savepoints that hold those later ones get it too.
-        paint(action);
-        const QSize pixels = canvas->cacheImage().size();
-        for (DoodleSavepoint &save : m_saves) {
-            if (save.count > index && save.picture.size() != pixels) {
-                save.count = -1;
-            } else if (save.count > index) {
-                canvas->setTarget(&save.picture);
-                paint(action);
-                canvas->setTarget(nullptr);
-                ++save.count;
-            }
-        }
+    const QRect rect = measureEntry(index);
+    if (overlapsLaterEntries(index, rect)) {
+        redrawRegion(rect);
         return;
     }
-    redrawRegion(rect, index, 1);
+    // Nothing ordered after it touches its pixels, so drawing it last gives
+    // the same picture; the savepoints that lack it get it the same way.
+    ZQDoodleDrawView *canvas = cacheSurface();
+    const DoodleAction &action = *m_doodlePathCache.entries().at(index).action;
+    paint(action);
+    for (DoodleSavepoint &save : m_saves) {
+        if (!save.stale)
+            continue;
+        save.stale = false;
+        if (save.picture.size() != canvas->cacheImage().size()) {
+            save.count = -1;
+            continue;
+        }
+        canvas->setTarget(&save.picture);
+        paint(action);
+        canvas->setTarget(nullptr);
+    }
+}
+
+QRect DoodleLayoutPrivate::measureEntry(qsizetype index)
+{
+    ZQDoodleDrawView *canvas = cacheSurface();
+    canvas->setMeasuring(true);
+    const QRect rect = paint(*m_doodlePathCache.entries().at(index).action);
+    canvas->setMeasuring(false);
+    m_doodlePathCache.setDrawnRect(index, rect);
+    return rect;
 }
 
 bool DoodleLayoutPrivate::overlapsLaterEntries(qsizetype index, const QRect &rect) const
@@ -257,7 +270,31 @@ bool DoodleLayoutPrivate::overlapsLaterEntries(qsizetype index, const QRect &rec
     return false;
 }
 
-void DoodleLayoutPrivate::removeEntry(qsizetype index, bool draw)
+void DoodleLayoutPrivate::beginBatch()
+{
+    m_batch = DoodleBatch();
+}
+
+void DoodleLayoutPrivate::batchChange(qsizetype inserted, const QRectF &removed)
+{
+    DoodleBatch &batch = *m_batch;
+    batch.whole = batch.whole || ++batch.changes > kBatchLimit;
+    if (batch.whole || !q->isViewLoaded())
+        return;
+    batch.region |= inserted >= 0 ? QRectF(measureEntry(inserted)) : removed;
+}
+
+void DoodleLayoutPrivate::endBatch()
+{
+    const DoodleBatch batch = *m_batch;
+    m_batch.reset();
+    if (batch.whole)
+        redrawAfterClear();
+    else if (batch.changes > 0 && q->isViewLoaded())
+        redrawRegion(batch.region);
+}
+
+void DoodleLayoutPrivate::removeEntry(qsizetype index)
 {
     const DoodleCacheEntry removed = m_doodlePathCache.takeAt(index);
     if (!removed.action)
@@ -267,8 +304,11 @@ void DoodleLayoutPrivate::removeEntry(qsizetype index, bool draw)
         rememberUndone(stampOf(removed));
     else
         --m_unstampedCount;
-    if (draw && q->isViewLoaded())
-        redrawRegion(removed.drawnRect, index, -1);
+    shiftSavepoints(index, -1);
+    if (m_batch)
+        batchChange(-1, removed.drawnRect);
+    else if (q->isViewLoaded())
+        redrawRegion(removed.drawnRect);
 }
 
 void DoodleLayoutPrivate::rememberUndone(const DoodleStamp &stamp)
@@ -304,7 +344,7 @@ void DoodleLayoutPrivate::undoStamped(const QString &owner, quint64 clock)
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     for (qsizetype i = entries.size() - 1; i >= 0; --i) {
         if (entries.at(i).action->seqNo() == clock && entries.at(i).owner == owner) {
-            removeEntry(i, true);
+            removeEntry(i);
             return;
         }
     }
@@ -394,17 +434,16 @@ bool DoodleLayout::mergeState(const QString &text)
         return false;
     }
     d->observeClock(quint64(std::max<qint64>(0, state.value(QStringLiteral("clock")).toInteger())));
-    const QList<DoodleActionPtr> before = d->m_doodlePathCache.getAllPath();
+    // One redraw for the whole merge, of what it changed.
+    d->beginBatch();
     const auto clear = stampFrom(state.value(QStringLiteral("clear")));
-    if (clear)
-        d->applyClear(*clear);
+    if (clear && d->applyClear(*clear))
+        d->m_batch->whole = true;
     d->mergeUndone(state.value(QStringLiteral("undone")).toArray());
     // The state's drawings without a stamp came after its clear; a later clear
     // here removes them, as it did the ones this board held.
     d->mergeActions(state.value(QStringLiteral("actions")).toArray(), clear == d->m_lastClear);
-    // One redraw for the whole merge, and none when it brought nothing new.
-    if (d->m_doodlePathCache.getAllPath() != before)
-        d->redrawAfterClear();
+    d->endBatch();
     return true;
 }
 
@@ -417,7 +456,7 @@ void DoodleLayoutPrivate::mergeUndone(const QJsonArray &undone)
         bool present = false;
         const qsizetype index = insertionIndex(*stamp, &present);
         if (present)
-            removeEntry(index, false);
+            removeEntry(index);
         else
             rememberUndone(*stamp);
     }
@@ -443,7 +482,7 @@ void DoodleLayoutPrivate::mergeActions(const QJsonArray &actions, bool takeUnsta
         if (action->seqNo() != 0) {
             previous = DoodleStamp{action->seqNo(), owner};
             if (withinLimits(owner, *action))
-                receiveDrawing(action, owner, false);
+                receiveDrawing(action, owner);
             continue;
         }
         qsizetype &copies = held[entryHash(owner, *action)];
@@ -494,13 +533,10 @@ bool DoodleLayout::isMuted(const QString &userId) const
 
 void DoodleLayout::removeDrawingsOf(const QString &userId)
 {
-    bool removed = false;
-    for (qsizetype i = d->lastIndexOwnedBy(userId); i >= 0; i = d->lastIndexOwnedBy(userId)) {
-        d->removeEntry(i, false);
-        removed = true;
-    }
-    if (removed)
-        d->redrawAfterClear();
+    d->beginBatch();
+    for (qsizetype i = d->lastIndexOwnedBy(userId); i >= 0; i = d->lastIndexOwnedBy(userId))
+        d->removeEntry(i);
+    d->endBatch();
 }
 
 void DoodleLayoutPrivate::forgetOrder()

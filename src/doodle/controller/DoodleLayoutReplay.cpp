@@ -37,7 +37,7 @@ void DoodleLayout::doodleAction(const DoodleActionPtr &action, const QString &fr
     const qint64 type = action->actionType();
     const quint64 stamp = action->seqNo();
     if (doodleIsDrawnActionType(type)) {
-        d->receiveDrawing(action, fromUserId, true);
+        d->receiveDrawing(action, fromUserId);
     } else if (type == DoodleActionTypeUndo) {
         // A stamped undo names the drawing it takes back; an older peer's the
         // sender's last one.
@@ -202,6 +202,17 @@ void DoodleLayoutPrivate::takeSavepoint(qsizetype count, bool coarse)
                                                                   : m_saves[1];
     cacheSurface()->copyPicture(save.picture);
     save.count = count;
+    save.stale = false;
+}
+
+void DoodleLayoutPrivate::shiftSavepoints(qsizetype index, int shift)
+{
+    for (DoodleSavepoint &save : m_saves) {
+        if (save.count > index) {
+            save.count += shift;
+            save.stale = true;
+        }
+    }
 }
 
 void DoodleLayoutPrivate::noteAppended()
@@ -217,25 +228,24 @@ void DoodleLayoutPrivate::noteAppended()
         takeSavepoint(count, true);
 }
 
-void DoodleLayoutPrivate::redrawRegion(const QRectF &area, qsizetype changed, int shift)
+void DoodleLayoutPrivate::redrawRegion(const QRectF &area)
 {
     ZQDoodleDrawView *canvas = cacheSurface();
     const QRect region = area.toAlignedRect() & canvas->rect();
-    if (region.isEmpty())
-        return;
-    // Savepoints past the changed index lack a drawing that came in or still
-    // hold one that went, inside the region only: the replay passes them and
-    // mends their region. The newest other one is where the replay starts.
+    // Stale savepoints lack a drawing that came in or still hold one that
+    // went, inside the region only: the replay passes them and mends their
+    // region. The newest other one is where the replay starts.
     QVarLengthArray<DoodleSavepoint *, 3> stale;
     const DoodleSavepoint *save = nullptr;
     for (DoodleSavepoint &each : m_saves) {
-        if (each.count >= 0 && changed >= 0 && each.count > changed) {
-            each.count += shift;
+        if (each.count >= 0 && each.stale)
             stale.append(&each);
-        } else if (each.count >= 0 && (!save || each.count > save->count)) {
+        else if (each.count >= 0 && (!save || each.count > save->count))
             save = &each;
-        }
+        each.stale = false;
     }
+    if (region.isEmpty())
+        return; // no pixel changed: the savepoints hold as they are
     // The whole board with nothing to start from is a fresh redraw, which
     // also takes new savepoints; from a savepoint only what came after it is
     // drawn again, however large the region.
@@ -262,7 +272,7 @@ void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
 {
     const qsizetype index = d->lastIndexOwnedBy(userId);
     if (index >= 0)
-        d->removeEntry(index, true);
+        d->removeEntry(index);
 }
 
 void DoodleLayout::undo()
@@ -274,7 +284,7 @@ void DoodleLayout::undo()
     const quint64 stamp =
         index >= 0 ? d->m_doodlePathCache.entries().at(index).action->seqNo() : d->nextStamp();
     if (index >= 0)
-        d->removeEntry(index, true);
+        d->removeEntry(index);
     const DoodleActionPtr action = makeCommandAction(DoodleActionTypeUndo, d->m_userId);
     action->setSeqNo(stamp);
     if (DoodleLayoutDelegate *host = d->m_delegate.get())

@@ -112,7 +112,7 @@ bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
     // The host hears of the action before the cache records it.
     if (DoodleLayoutDelegate *host = m_delegate.get())
         host->onDoodleActionGenerated(action);
-    receiveDrawing(action, m_userId, true);
+    receiveDrawing(action, m_userId);
     return true;
 }
 

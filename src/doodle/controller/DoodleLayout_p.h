@@ -54,6 +54,19 @@ struct DoodleSavepoint
 {
     QImage picture;
     qsizetype count = -1; // -1: none
+    // A drawing came in or went before `count` and is not yet drawn here: the
+    // next region redraw mends the region it covers.
+    bool stale = false;
+};
+
+// Changes to the cache made together (a merged state, a participant's drawings
+// taken away) are drawn once at the end: the region they cover, or the whole
+// board past a number of changes.
+struct DoodleBatch
+{
+    QRectF region;
+    qsizetype changes = 0;
+    bool whole = false;
 };
 
 class DoodleLayoutPrivate
@@ -88,9 +101,11 @@ public:
     void drawStroke(const DoodleAction &action);
     // The stroke through the points; `isDot` tells when several points share one place.
     QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
-    // Redraws the region from the cache. `changed` is the index a drawing was
-    // just put at (`shift` 1) or taken from (`shift` -1), or -1.
-    void redrawRegion(const QRectF &area, qsizetype changed = -1, int shift = 0);
+    // Redraws the region from the cache, from the newest savepoint that is not
+    // stale, and mends the stale ones it passes.
+    void redrawRegion(const QRectF &area);
+    // A drawing was put at `index` (`shift` 1) or taken from it (-1).
+    void shiftSavepoints(qsizetype index, int shift);
     void noteAppended();
     void dropSavepoints(qsizetype keepUpTo);
     void takeSavepoint(qsizetype count, bool coarse);
@@ -125,10 +140,14 @@ public:
     void recomputeFingerprint();
     void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner);
     qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
-    bool receiveDrawing(const DoodleActionPtr &action, const QString &owner, bool draw);
+    bool receiveDrawing(const DoodleActionPtr &action, const QString &owner);
     void placeEntry(qsizetype index);
     bool overlapsLaterEntries(qsizetype index, const QRect &rect) const;
-    void removeEntry(qsizetype index, bool draw);
+    void removeEntry(qsizetype index);
+    QRect measureEntry(qsizetype index);
+    void beginBatch();
+    void batchChange(qsizetype inserted, const QRectF &removed);
+    void endBatch();
     void rememberUndone(const DoodleStamp &stamp);
     qsizetype lastIndexOwnedBy(const QString &owner) const;
     void undoStamped(const QString &owner, quint64 clock);
@@ -184,6 +203,7 @@ public:
     bool m_inFrameReset = false;
     DoodleReceiveLimits m_limits;
     DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
+    std::optional<DoodleBatch> m_batch;
     // Order, state and moderation.
     quint64 m_clock = 0;
     std::optional<DoodleStamp> m_lastClear;
