@@ -342,6 +342,19 @@ private slots:
         QCOMPARE(ann.board.fingerprint() == peer.board.fingerprint(), equal);
     }
 
+    // Copies of one drawing without a stamp each count.
+    void fingerprintCountsCopies()
+    {
+        Participant twice(QStringLiteral("ann"), kBoard), none(QStringLiteral("ben"), kBoard);
+        const DoodleActionPtr dot = strokeAction("pub", {{0.1, 0.1}});
+        twice.receive("pub", dot);
+        const quint64 once = twice.board.fingerprint();
+        twice.receive("pub", dot);
+        QCOMPARE(twice.board.getAllPath().size(), 2);
+        QVERIFY(twice.board.fingerprint() != none.board.fingerprint());
+        QVERIFY(twice.board.fingerprint() != once);
+    }
+
     // A recorded session played as the local user's own: the peer shows what
     // this board shows, and the recording itself stays as it was.
     void recordedActionsCommittedAsOwn()

@@ -148,13 +148,15 @@ quint64 DoodleLayoutPrivate::entryHash(const QString &owner, const DoodleAction 
     return hash.value();
 }
 
-// Each entry's hash was taken once, when it was added.
+// Each entry's hash was taken once, when it was added. The fingerprint is
+// their sum: two equal copies of a drawing without a stamp count twice, where
+// they would cancel out in an exclusive or.
 void DoodleLayoutPrivate::recomputeFingerprint()
 {
     m_fingerprint = m_lastClear ? stampHash('c', *m_lastClear) : 0;
     m_unstampedCount = 0;
     for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
-        m_fingerprint ^= entry.hash;
+        m_fingerprint += entry.hash;
         m_unstampedCount += entry.action->seqNo() == 0 ? 1 : 0;
     }
 }
@@ -165,7 +167,7 @@ void DoodleLayoutPrivate::insertEntry(qsizetype index, const DoodleActionPtr &ac
     const quint64 hash = entryHash(owner, *action);
     m_doodlePathCache.insertAction(index, action, owner);
     m_doodlePathCache.setHash(index, hash);
-    m_fingerprint ^= hash;
+    m_fingerprint += hash;
     m_unstampedCount += action->seqNo() == 0 ? 1 : 0;
     shiftSavepoints(index, 1);
     if (m_batch)
@@ -299,7 +301,7 @@ void DoodleLayoutPrivate::removeEntry(qsizetype index)
     const DoodleCacheEntry removed = m_doodlePathCache.takeAt(index);
     if (!removed.action)
         return;
-    m_fingerprint ^= removed.hash;
+    m_fingerprint -= removed.hash;
     if (removed.action->seqNo() != 0)
         rememberUndone(stampOf(removed));
     else
