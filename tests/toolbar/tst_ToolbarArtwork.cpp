@@ -1,6 +1,7 @@
 // The bundle's artwork: every image the bars ask for is there, drawn at the
 // asked size times the screen scale; a missing one is a null image and a log line.
 #include "LogCapture.h"
+#include "ToolbarTesting.h"
 
 #include <doodle/support/DoodleBundle_p.h>
 #include <doodle/support/DoodleScreen.h>
@@ -35,11 +36,7 @@ private slots:
             const QImage image = DoodleBundle::image(name, "png");
             QCOMPARE(image.deviceIndependentSize(), QSizeF(side, side));
             QCOMPARE(image.devicePixelRatio(), scale);
-            qsizetype opaque = 0;
-            for (int y = 0; y < image.height(); ++y)
-                for (int x = 0; x < image.width(); ++x)
-                    opaque += qAlpha(image.pixel(x, y)) > 128 ? 1 : 0;
-            QVERIFY(opaque > image.width() * image.height() / 30);
+            QVERIFY(coverage(image) > 1 / 30.0);
         }
     }
 
