@@ -43,19 +43,15 @@ struct Op
 const QList<QSize> kSizes = {{200, 140}, {200, 140}, {260, 180}};
 const QStringList kUsers = {"ann", "ben", "cat"};
 
+// One line per step of a shrunk failing session.
 QString describe(const Op &op)
 {
     static const char *names[] = {"gesture", "text", "undo", "clear", "resize", "hostile"};
-    QString points;
-    for (const QPointF &p : op.points)
-        points += QStringLiteral(" (%1,%2)").arg(p.x(), 0, 'g', 3).arg(p.y(), 0, 'g', 3);
-    return QStringLiteral("%1 board %2 mode %3 width %4 colour %5%6 text %7")
-        .arg(QLatin1String(names[int(op.kind)]))
-        .arg(op.board)
-        .arg(op.mode)
-        .arg(op.width)
-        .arg(op.color.name(QColor::HexArgb), points,
-             op.text.isNull() ? QStringLiteral("-") : op.text);
+    QString line;
+    QDebug(&line).nospace() << names[int(op.kind)] << " board " << op.board << " mode " << op.mode
+                            << " width " << op.width << ' ' << op.color << ' ' << op.points
+                            << " text " << op.text;
+    return line;
 }
 
 QString stampedText(DoodleActionPtr action, quint64 stamp)
