@@ -1,6 +1,7 @@
 // The board's own tool bar, floating button and option pickers, clicked as a
 // user clicks them; checked through the tool state, the marks, where the
 // pickers open, what is drawn and what the host hears.
+#include "../toolbar/ToolbarTesting.h"
 #include "BoardHarness.h"
 
 #include <QtTest>
@@ -16,13 +17,7 @@ struct ToolBoard : Participant
         if (unfold)
             QTest::mouseClick(board.doodletoolButton(), Qt::LeftButton);
     }
-    ZQDoodleButton *button(qint64 type)
-    {
-        const auto buttons = board.doodletoolbar()->buttons();
-        auto found = std::find_if(buttons.begin(), buttons.end(),
-                                  [type](ZQDoodleButton *b) { return b->type() == type; });
-        return found == buttons.end() ? nullptr : *found;
-    }
+    ZQDoodleButton *button(qint64 type) { return ofType(board.doodletoolbar()->buttons(), type); }
     void click(qint64 type) { QTest::mouseClick(button(type), Qt::LeftButton); }
     QList<ZQDoodleButtonView *> pickers()
     {

@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <QtTest>
 
+#include <algorithm>
 #include <functional>
 
 enum class Input
@@ -93,6 +94,14 @@ inline void addScaleRows()
     QTest::addColumn<double>("scale");
     for (const double scale : {1.0, 2.0, 3.0})
         QTest::addRow("%g", scale) << scale;
+}
+
+// The button of `type` among `buttons`, or none.
+template <typename Button> Button *ofType(const QList<Button *> &buttons, qint64 type)
+{
+    const auto found = std::find_if(buttons.begin(), buttons.end(),
+                                    [type](Button *b) { return b->type() == type; });
+    return found == buttons.end() ? nullptr : *found;
 }
 
 // The fraction of an image's pixels that pass `test`: by default, those at

@@ -41,13 +41,7 @@ struct ShownBar
             qWarning("the board's window was not exposed");
         bar->layoutSubviews();
     }
-    ZQDoodleButton *button(qint64 type) const
-    {
-        for (ZQDoodleButton *b : bar->buttons())
-            if (b->type() == type)
-                return b;
-        return nullptr;
-    }
+    ZQDoodleButton *button(qint64 type) const { return ofType(bar->buttons(), type); }
     RecordingDelegate delegate;
     PressCounter board;
     ZQDoodleToolbar *bar = new ZQDoodleToolbar(false, &board);
