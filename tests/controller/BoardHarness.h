@@ -128,11 +128,13 @@ inline int maxChannelDifference(const QImage &a, const QImage &b, const QSize &p
     return worst;
 }
 
-// How far a board's picture is from that of a fresh board of its size that
-// receives its cache in order; 0 when they are pixel-identical.
-inline int differenceFromReplay(Participant &p)
+// How far a board's picture is from that of a fresh board of `size` (by
+// default the view's) that receives its cache in order; 0 when they are
+// pixel-identical.
+inline int differenceFromReplay(Participant &p, QSize size = QSize())
 {
-    const QSize size = p.board.view()->size();
+    if (size.isEmpty())
+        size = p.board.view()->size();
     Participant fresh(QStringLiteral("observer"), size);
     for (const DoodleCacheEntry &entry : p.board.doodlePathCache()->entries())
         fresh.board.onDoodleActionReceived(entry.owner, entry.action);

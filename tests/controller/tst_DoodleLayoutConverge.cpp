@@ -231,7 +231,7 @@ public:
         for (int i = 0; i < 3; ++i) {
             if (cacheTexts(i) != first)
                 return QStringLiteral("caches differ: board %1").arg(i);
-            if (const int d = differenceFromReplay(*boards.at(size_t(i))))
+            if (const int d = differenceFromReplay(*boards.at(size_t(i)), kSizes.at(i)))
                 return QStringLiteral("board %1 differs from its replay by %2").arg(i).arg(d);
         }
         const QSize pixels = kSizes.at(0) * DoodleScreen::scale();

@@ -93,7 +93,7 @@ private slots:
             bob.board.resetDoodleViewFrame(QRect(QPoint(0, 0), kAliceSize));
         else
             bob.board.view()->resize(kAliceSize);
-        QCOMPARE(differenceFromReplay(bob), 0);
+        QCOMPARE(differenceFromReplay(bob, kAliceSize), 0);
     }
 
     void aStrokeIsSmoothedThroughTheMidpoints()
