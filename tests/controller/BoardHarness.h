@@ -104,6 +104,12 @@ inline DoodleActionPtr commandAction(qint64 type, const QString &user)
     return action;
 }
 
+inline DoodleActionPtr stamped(DoodleActionPtr action, quint64 stamp)
+{
+    action->setSeqNo(stamp);
+    return action;
+}
+
 // The largest difference of any channel between two pictures of `pixels`
 // size, or 255 when a size differs; a null picture counts as transparent.
 inline int maxChannelDifference(const QImage &a, const QImage &b, const QSize &pixels)
@@ -120,4 +126,17 @@ inline int maxChannelDifference(const QImage &a, const QImage &b, const QSize &p
     for (qsizetype i = 0; i < x.sizeInBytes(); ++i)
         worst = std::max(worst, std::abs(int(x.constBits()[i]) - int(y.constBits()[i])));
     return worst;
+}
+
+// How far a board's picture is from that of a fresh board of `size` (by
+// default the view's) that receives its cache in order; 0 when they are
+// pixel-identical.
+inline int differenceFromReplay(Participant &p, QSize size = QSize())
+{
+    if (size.isEmpty())
+        size = p.board.view()->size();
+    Participant fresh(QStringLiteral("observer"), size);
+    for (const DoodleCacheEntry &entry : p.board.doodlePathCache()->entries())
+        fresh.board.onDoodleActionReceived(entry.owner, entry.action);
+    return maxChannelDifference(p.cache(), fresh.cache(), size * DoodleScreen::scale());
 }

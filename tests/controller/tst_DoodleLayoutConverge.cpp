@@ -44,25 +44,20 @@ struct Op
 const QList<QSize> kSizes = {{200, 140}, {200, 140}, {260, 180}};
 const QStringList kUsers = {"ann", "ben", "cat"};
 
+// One line per step of a shrunk failing session.
 QString describe(const Op &op)
 {
     static const char *names[] = {"gesture", "text", "undo", "clear", "resize", "merge", "hostile"};
-    QString points;
-    for (const QPointF &p : op.points)
-        points += QStringLiteral(" (%1,%2)").arg(p.x(), 0, 'g', 3).arg(p.y(), 0, 'g', 3);
-    return QStringLiteral("%1 board %2 mode %3 width %4 colour %5%6 text %7")
-        .arg(QLatin1String(names[int(op.kind)]))
-        .arg(op.board)
-        .arg(op.mode)
-        .arg(op.width)
-        .arg(op.color.name(QColor::HexArgb), points,
-             op.text.isNull() ? QStringLiteral("-") : op.text);
+    QString line;
+    QDebug(&line).nospace() << names[int(op.kind)] << " board " << op.board << " mode " << op.mode
+                            << " width " << op.width << ' ' << op.color << ' ' << op.points
+                            << " text " << op.text;
+    return line;
 }
 
-QString stamped(DoodleActionPtr action, quint64 stamp)
+QString stampedText(DoodleActionPtr action, quint64 stamp)
 {
-    action->setSeqNo(stamp);
-    return DoodleTranslate::stringFromDoodleAction(action);
+    return DoodleTranslate::stringFromDoodleAction(stamped(std::move(action), stamp));
 }
 
 // Texts from a peer that names others as authors, sends junk and absurd
@@ -74,10 +69,12 @@ QString hostileText(QRandomGenerator &random, bool stamps)
         QStringLiteral("{\"bad\""),
         QStringLiteral("[]"),
         // A drawing that names another participant as its author.
-        stamped(strokeAction("ann", {{-0.5, -0.5}, {0.5, 0.2}, {0.1, 0.6}}, Qt::magenta, 0.05f), s),
-        stamped(boxAction(DoodleActionTypeRectangle, "ben", {-0.9, -0.9, 1.5, 1.2}), s),
-        stamped(commandAction(DoodleActionTypeUndo, "ann"), s),
-        stamped(strokeAction("mallory", {{0, 0}, {qQNaN(), 1}, {0.3, 0.3}}, Qt::green, 1e30f), s),
+        stampedText(strokeAction("ann", {{-0.5, -0.5}, {0.5, 0.2}, {0.1, 0.6}}, Qt::magenta, 0.05f),
+                    s),
+        stampedText(boxAction(DoodleActionTypeRectangle, "ben", {-0.9, -0.9, 1.5, 1.2}), s),
+        stampedText(commandAction(DoodleActionTypeUndo, "ann"), s),
+        stampedText(strokeAction("mallory", {{0, 0}, {qQNaN(), 1}, {0.3, 0.3}}, Qt::green, 1e30f),
+                    s),
     };
     return texts.at(random.bounded(int(texts.size())));
 }
@@ -240,7 +237,7 @@ public:
         for (int i = 0; i < 3; ++i) {
             if (cacheTexts(i) != first)
                 return QStringLiteral("caches differ: board %1").arg(i);
-            if (const int d = fromFreshReplay(i))
+            if (const int d = differenceFromReplay(*boards.at(size_t(i)), kSizes.at(i)))
                 return QStringLiteral("board %1 differs from its replay by %2").arg(i).arg(d);
         }
         const QSize pixels = kSizes.at(0) * DoodleScreen::scale();
@@ -257,16 +254,6 @@ public:
             texts << entry.owner + QLatin1Char(' ') +
                          DoodleTranslate::stringFromDoodleAction(entry.action);
         return texts;
-    }
-
-    int fromFreshReplay(int i)
-    {
-        Participant fresh(QStringLiteral("observer"), kSizes.at(i));
-        for (const DoodleCacheEntry &entry :
-             boards.at(size_t(i))->board.doodlePathCache()->entries())
-            fresh.board.onDoodleActionReceived(entry.owner, entry.action);
-        return maxChannelDifference(boards.at(size_t(i))->cache(), fresh.cache(),
-                                    kSizes.at(i) * DoodleScreen::scale());
     }
 
     std::vector<std::unique_ptr<Participant>> boards;

@@ -1,6 +1,7 @@
 // The board's own tool bar, floating button and option pickers, clicked as a
 // user clicks them; checked through the tool state, the marks, where the
 // pickers open, what is drawn and what the host hears.
+#include "../toolbar/ToolbarTesting.h"
 #include "BoardHarness.h"
 
 #include <QtTest>
@@ -16,13 +17,7 @@ struct ToolBoard : Participant
         if (unfold)
             QTest::mouseClick(board.doodletoolButton(), Qt::LeftButton);
     }
-    ZQDoodleButton *button(qint64 type)
-    {
-        const auto buttons = board.doodletoolbar()->buttons();
-        auto found = std::find_if(buttons.begin(), buttons.end(),
-                                  [type](ZQDoodleButton *b) { return b->type() == type; });
-        return found == buttons.end() ? nullptr : *found;
-    }
+    ZQDoodleButton *button(qint64 type) { return ofType(board.doodletoolbar()->buttons(), type); }
     void click(qint64 type) { QTest::mouseClick(button(type), Qt::LeftButton); }
     QList<ZQDoodleButtonView *> pickers()
     {
@@ -35,6 +30,11 @@ struct ToolBoard : Participant
             types << (b->isSelected() ? b->type() : 0);
         types.removeAll(0);
         return types;
+    }
+    // Where the tool bar and the floating button sit.
+    QList<QRect> places()
+    {
+        return {board.doodletoolbar()->geometry(), board.doodletoolButton()->geometry()};
     }
     void drag()
     {
@@ -55,8 +55,7 @@ private slots:
     void theFloatingButtonFoldsAndUnfolds()
     {
         ToolBoard t(false);
-        QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 454, 368, 30));
-        QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(350, 400, 44, 44));
+        QCOMPARE(t.places(), QList<QRect>({{16, 454, 368, 30}, {350, 400, 44, 44}}));
         QVERIFY(!t.board.doodletoolbar()->isVisible() && t.board.doodletoolButton()->isVisible());
         QVERIFY(!t.board.doodletoolButton()->toolTip().isEmpty()); // it says what it does
         t.drag();                                                  // folded: drawing is paused
@@ -72,11 +71,9 @@ private slots:
         QVERIFY(!t.board.doodletoolbar()->isVisible() && t.pickers().isEmpty());
         QCOMPARE(t.host.calls, QStringList({"restart", "generated 260", "pause"}));
         t.board.resetDoodleViewFrame(QRect(0, 0, 500, 300));
-        QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 254, 468, 30));
-        QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(450, 200, 44, 44));
+        QCOMPARE(t.places(), QList<QRect>({{16, 254, 468, 30}, {450, 200, 44, 44}}));
         t.board.view()->resize(300, 400); // the host's own layout
-        QCOMPARE(t.board.doodletoolbar()->geometry(), QRect(16, 354, 268, 30));
-        QCOMPARE(t.board.doodletoolButton()->geometry(), QRect(250, 300, 44, 44));
+        QCOMPARE(t.places(), QList<QRect>({{16, 354, 268, 30}, {250, 300, 44, 44}}));
     }
 
     void toolsSetTheModeAndMarkTheirButton_data()

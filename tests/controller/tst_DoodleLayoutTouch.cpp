@@ -34,30 +34,9 @@ struct TouchBoard : Participant
         return host.generated.size() == 1 ? host.generated.first() : DoodleActionPtr();
     }
 
-    // Presses at the first point, moves through the middle ones and lifts at the
-    // last; `lift` false moves to the last point and leaves the finger down.
     void drag(const QList<QPoint> &points, Input input = Input::Mouse, bool lift = true)
     {
-        for (int i = 0; i < points.size(); ++i) {
-            const QPoint p = points.at(i);
-            const bool first = i == 0, last = lift && i + 1 == points.size();
-            if (input == Input::Touch) {
-                auto sequence = QTest::touchEvent(view(), touchscreen());
-                first  ? sequence.press(0, p, view())
-                : last ? sequence.release(0, p, view())
-                       : sequence.move(0, p, view());
-            } else if (input == Input::Stylus) {
-                sendStylus(view(),
-                           first  ? QEvent::TabletPress
-                           : last ? QEvent::TabletRelease
-                                  : QEvent::TabletMove,
-                           p);
-            } else {
-                first  ? QTest::mousePress(view(), Qt::LeftButton, {}, p)
-                : last ? QTest::mouseRelease(view(), Qt::LeftButton, {}, p)
-                       : QTest::mouseMove(view(), p);
-            }
-        }
+        ::drag(view(), input, points, lift);
     }
 };
 

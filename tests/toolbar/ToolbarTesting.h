@@ -7,6 +7,9 @@
 #include <QWidget>
 #include <QtTest>
 
+#include <algorithm>
+#include <functional>
+
 enum class Input
 {
     Mouse,
@@ -38,62 +41,81 @@ inline void sendStylus(QWidget *widget, QEvent::Type type, const QPoint &at)
     QCoreApplication::sendEvent(widget, &event);
 }
 
-// Presses and lifts at `at` (the centre when null) in `widget`'s coordinates.
-// Touches go through the window, so `widget` must be shown.
+// Presses at the first point, moves through the others and lifts at the last
+// (`lift` false leaves it pressed there), in `widget`'s coordinates. Touches
+// go through the window, so `widget` must be shown.
+inline void drag(QWidget *widget, Input input, const QList<QPoint> &points, bool lift = true)
+{
+    for (qsizetype i = 0; i < points.size(); ++i) {
+        const QPoint p = points.at(i);
+        const bool first = i == 0, last = lift && i + 1 == points.size();
+        if (input == Input::Touch) {
+            auto touch = QTest::touchEvent(widget, touchscreen());
+            first  ? touch.press(0, p, widget)
+            : last ? touch.release(0, p, widget)
+                   : touch.move(0, p, widget);
+        } else if (input == Input::Stylus) {
+            sendStylus(widget,
+                       first  ? QEvent::TabletPress
+                       : last ? QEvent::TabletRelease
+                              : QEvent::TabletMove,
+                       p);
+        } else {
+            first  ? QTest::mousePress(widget, Qt::LeftButton, {}, p)
+            : last ? QTest::mouseRelease(widget, Qt::LeftButton, {}, p)
+                   : QTest::mouseMove(widget, p);
+        }
+    }
+}
+
+// Presses and lifts at `at` (the centre when null).
 inline void tap(QWidget *widget, Input input, QPoint at = QPoint())
 {
     if (at.isNull())
         at = widget->rect().center();
-    switch (input) {
-    case Input::Mouse:
-        QTest::mouseClick(widget, Qt::LeftButton, {}, at);
-        break;
-    case Input::Touch:
-        QTest::touchEvent(widget, touchscreen()).press(0, at, widget);
-        QTest::touchEvent(widget, touchscreen()).release(0, at, widget);
-        break;
-    case Input::Stylus:
-        sendStylus(widget, QEvent::TabletPress, at);
-        sendStylus(widget, QEvent::TabletRelease, at);
-        break;
-    }
+    drag(widget, input, {at, at});
 }
 
-// Presses at `from`, moves halfway and to `to`, and lifts there.
-inline void drag(QWidget *widget, Input input, const QPoint &from, const QPoint &to)
+// A widget under the controls that counts the presses of any kind reaching it.
+struct PressCounter : QWidget
 {
-    const QPoint middle = (from + to) / 2;
-    switch (input) {
-    case Input::Mouse:
-        QTest::mousePress(widget, Qt::LeftButton, {}, from);
-        QTest::mouseMove(widget, middle);
-        QTest::mouseMove(widget, to);
-        QTest::mouseRelease(widget, Qt::LeftButton, {}, to);
-        break;
-    case Input::Touch:
-        QTest::touchEvent(widget, touchscreen()).press(0, from, widget);
-        QTest::touchEvent(widget, touchscreen()).move(0, middle, widget);
-        QTest::touchEvent(widget, touchscreen()).move(0, to, widget);
-        QTest::touchEvent(widget, touchscreen()).release(0, to, widget);
-        break;
-    case Input::Stylus:
-        sendStylus(widget, QEvent::TabletPress, from);
-        sendStylus(widget, QEvent::TabletMove, middle);
-        sendStylus(widget, QEvent::TabletMove, to);
-        sendStylus(widget, QEvent::TabletRelease, to);
-        break;
+    PressCounter() { setAttribute(Qt::WA_AcceptTouchEvents); }
+    int presses = 0;
+    bool event(QEvent *e) override
+    {
+        presses += e->type() == QEvent::TouchBegin || e->type() == QEvent::MouseButtonPress ||
+                   e->type() == QEvent::TabletPress;
+        return QWidget::event(e);
     }
+};
+
+inline void addScaleRows()
+{
+    QTest::addColumn<double>("scale");
+    for (const double scale : {1.0, 2.0, 3.0})
+        QTest::addRow("%g", scale) << scale;
 }
 
-// The fraction of an image's pixels that are at least half opaque.
-inline double coverage(const QImage &image)
+// The button of `type` among `buttons`, or none.
+template <typename Button> Button *ofType(const QList<Button *> &buttons, qint64 type)
+{
+    const auto found = std::find_if(buttons.begin(), buttons.end(),
+                                    [type](Button *b) { return b->type() == type; });
+    return found == buttons.end() ? nullptr : *found;
+}
+
+// The fraction of an image's pixels that pass `test`: by default, those at
+// least half opaque.
+inline double coverage(
+    const QImage &image,
+    const std::function<bool(QRgb)> &test = [](QRgb p) { return qAlpha(p) >= 128; })
 {
     if (image.isNull())
         return 0.0;
     qsizetype covered = 0;
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
-            covered += qAlpha(image.pixel(x, y)) >= 128 ? 1 : 0;
+            covered += test(image.pixel(x, y)) ? 1 : 0;
     return double(covered) / double(image.width() * image.height());
 }
 

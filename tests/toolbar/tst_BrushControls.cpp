@@ -66,7 +66,7 @@ private slots:
         QCOMPARE(view.previewRect(), QRectF(21.2, 18, 8, 8));
         QWidget *slider = view.widthSlider();
         QCOMPARE(slider->geometry(), QRect(50, 0, 126, 44));
-        drag(slider, input, QPoint(40, 22), QPoint(to, 22));
+        drag(slider, input, {{40, 22}, {(40 + to) / 2, 22}, {to, 22}, {to, 22}});
         QCOMPARE(view.getWidth(), width);
         QCOMPARE(view.previewRect().size(), QSizeF(width, width));
         QCOMPARE(view.previewRect().center(), QPointF(25.2, 22));
@@ -144,6 +144,9 @@ private slots:
         QFETCH(QPoint, at);
         QFETCH(int, tag);
         ShownPicker shown;
+        // A tie keeps the lower tag; outside the picker there is nothing.
+        QCOMPARE(shown.view.hitTest({50, 70 / 3.0}), shown.view.swatchWithTag(1));
+        QCOMPARE(shown.view.hitTest({-1, 10}), nullptr);
         QWidget *target = shown.view.childAt(at) ? shown.view.childAt(at) : &shown.view;
         tap(target, input, target->mapFrom(&shown.view, at));
         QCOMPARE(shown.delegate.colours, QList<QColor>({palette(tag - 1)}));
@@ -153,37 +156,27 @@ private slots:
         QCOMPARE(shown.view.swatchWithTag(5)->borderWidth(), 2.0);
     }
 
-    void hitTestKeepsTheLowerTagOnATieAndIsNothingOutside_data()
-    {
-        QTest::addColumn<QPointF>("at");
-        QTest::addColumn<int>("tag");
-        QTest::newRow("halfway between the first two") << QPointF(50, 70 / 3.0) << 1;
-        QTest::newRow("outside") << QPointF(-1, 10) << -1;
-    }
-    void hitTestKeepsTheLowerTagOnATieAndIsNothingOutside()
-    {
-        QFETCH(QPointF, at);
-        QFETCH(int, tag);
-        ShownPicker shown;
-        QWidget *hit = shown.view.hitTest(at);
-        QCOMPARE(hit, tag < 0 ? nullptr : shown.view.swatchWithTag(tag));
-    }
-
-    void theColourButtonIsADiscAsLargeAsItsShorterSide_data()
+    // The colour button is a disc as large as its shorter side, and clicks on
+    // every kind of tap.
+    void theColourButton_data()
     {
         QTest::addColumn<QSize>("size");
         QTest::addColumn<QRectF>("disc");
-        QTest::newRow("wide") << QSize(40, 30) << QRectF(5, 0, 30, 30);
-        QTest::newRow("tall") << QSize(30, 50) << QRectF(0, 10, 30, 30);
+        QTest::addColumn<Input>("input");
+        QTest::newRow("wide, mouse") << QSize(40, 30) << QRectF(5, 0, 30, 30) << Input::Mouse;
+        QTest::newRow("tall, touch") << QSize(30, 50) << QRectF(0, 10, 30, 30) << Input::Touch;
+        QTest::newRow("round, stylus") << QSize(40, 40) << QRectF(0, 0, 40, 40) << Input::Stylus;
     }
-    void theColourButtonIsADiscAsLargeAsItsShorterSide()
+    void theColourButton()
     {
         QFETCH(QSize, size);
         QFETCH(QRectF, disc);
+        QFETCH(Input, input);
         BrushColorButton button;
         button.setTintColor(Qt::green);
         button.resize(size);
         button.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&button));
         QCOMPARE(button.discRect(), disc);
         const QPointF edge(disc.left() + 1, disc.center().y());
         QCOMPARE(colourAt(rendered(&button), disc.center()), QColor(Qt::green));
@@ -194,16 +187,6 @@ private slots:
         QCOMPARE(colourAt(rendered(&button), edge), QColor(Qt::white));
         button.setSelected(false);
         QCOMPARE(colourAt(rendered(&button), edge), QColor(Qt::green));
-    }
-
-    void theColourButtonClicksOnEveryKindOfTap_data() { addInputRows(); }
-    void theColourButtonClicksOnEveryKindOfTap()
-    {
-        QFETCH(Input, input);
-        BrushColorButton button;
-        button.resize(40, 40);
-        button.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&button));
         QSignalSpy clicks(&button, &BrushColorButton::clicked);
         tap(&button, input);
         QCOMPARE(clicks.size(), 1);

@@ -26,26 +26,25 @@ struct RecordingDelegate : DoodleToolbarDelegate
     }
 };
 
-// A shown bar of the given size, laid out.
+// A shown bar of the given size, laid out, on a board that counts the
+// presses reaching it.
 struct ShownBar
 {
     explicit ShownBar(const QSize &size = QSize(400, 30), qint32 mode = 0)
     {
-        bar.setActionMode(mode);
-        bar.setDelegate(&delegate);
-        bar.resize(size);
-        bar.show();
-        bar.layoutSubviews();
+        bar->setActionMode(mode);
+        bar->setDelegate(&delegate);
+        bar->setGeometry(QRect(QPoint(16, 50), size));
+        board.resize(500, 100);
+        board.show();
+        if (!QTest::qWaitForWindowExposed(&board))
+            qWarning("the board's window was not exposed");
+        bar->layoutSubviews();
     }
-    ZQDoodleButton *button(qint64 type) const
-    {
-        for (ZQDoodleButton *b : bar.buttons())
-            if (b->type() == type)
-                return b;
-        return nullptr;
-    }
-    ZQDoodleToolbar bar;
+    ZQDoodleButton *button(qint64 type) const { return ofType(bar->buttons(), type); }
     RecordingDelegate delegate;
+    PressCounter board;
+    ZQDoodleToolbar *bar = new ZQDoodleToolbar(false, &board);
 };
 
 } // namespace
@@ -115,10 +114,10 @@ private slots:
         QFETCH(qint64, selected);
         ShownBar shown(QSize(400, 30), 1);
         shown.button(DoodleToolbarButtonTypeOval)->setSelected(true); // lost at the next layout
-        shown.bar.setActionMode(mode);
+        shown.bar->setActionMode(mode);
         QCOMPARE(shown.button(DoodleToolbarButtonTypeWidth)->isSelected(), true); // not yet
-        shown.bar.layoutSubviews();
-        for (ZQDoodleButton *button : shown.bar.buttons()) {
+        shown.bar->layoutSubviews();
+        for (ZQDoodleButton *button : shown.bar->buttons()) {
             QCOMPARE(button->isSelected(), button->type() == selected);
             if (button->isSelected())
                 QCOMPARE(button->currentImage(), button->selectedImage());
@@ -131,18 +130,19 @@ private slots:
         QFETCH(Input, input);
         ShownBar shown(QSize(400, 30), 1);
         QList<qint64> reported;
-        for (ZQDoodleButton *button : shown.bar.buttons()) {
+        for (ZQDoodleButton *button : shown.bar->buttons()) {
             const qsizetype before = shown.delegate.taps.size();
             tap(button, input);
             if (shown.delegate.taps.size() == before)
                 continue;
             const Tap &last = shown.delegate.taps.constLast();
-            QCOMPARE(last.bar, &shown.bar);
+            QCOMPARE(last.bar, shown.bar);
             QCOMPARE(last.button, button);
             reported << last.type;
         }
         // Dividers report nothing, and the bar keeps no tool of its own.
         QCOMPARE(reported, QList<qint64>({1, 9, 2, 3, 4, 5, 6, 7, 8, 10, 11}));
+        QCOMPARE(shown.board.presses, 0); // nothing reached the board below
         QVERIFY(shown.button(DoodleToolbarButtonTypeWidth)->isSelected());
         QVERIFY(!shown.button(DoodleToolbarButtonTypeOval)->isSelected());
     }
@@ -151,39 +151,13 @@ private slots:
     {
         ShownBar shown;
         QObject::connect(shown.button(DoodleToolbarButtonTypeClose), &ZQDoodleButton::clicked,
-                         &shown.bar, [&] { shown.bar.layoutSubviews(); });
+                         shown.bar, [&] { shown.bar->layoutSubviews(); });
         QPointer<ZQDoodleButton> old = shown.button(DoodleToolbarButtonTypeClose);
         tap(old, Input::Mouse);
         QCOMPARE(shown.delegate.taps.size(), 1);
-        QVERIFY(!shown.bar.buttons().contains(old.data()));
-        QVERIFY(!shown.bar.findChildren<ZQDoodleButton *>().contains(old.data()));
+        QVERIFY(!shown.bar->buttons().contains(old.data()));
+        QVERIFY(!shown.bar->findChildren<ZQDoodleButton *>().contains(old.data()));
         QTRY_VERIFY(old.isNull());
-    }
-
-    void touchesOnAButtonDoNotReachTheBoardBelow_data() { addInputRows(); }
-    void touchesOnAButtonDoNotReachTheBoardBelow()
-    {
-        QFETCH(Input, input);
-        struct Board : QWidget
-        {
-            Board() { setAttribute(Qt::WA_AcceptTouchEvents); }
-            int presses = 0;
-            bool event(QEvent *e) override
-            {
-                const auto type = e->type();
-                presses += type == QEvent::TouchBegin || type == QEvent::MouseButtonPress ||
-                           type == QEvent::TabletPress;
-                return QWidget::event(e);
-            }
-        } board;
-        board.resize(500, 100);
-        auto *bar = new ZQDoodleToolbar(false, &board);
-        bar->setGeometry(16, 50, 400, 30);
-        board.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&board));
-        for (ZQDoodleButton *button : bar->buttons())
-            tap(button, input);
-        QCOMPARE(board.presses, 0);
     }
 
     void theColourButtonShowsAColourDiscBehindItsIcon()
@@ -194,16 +168,16 @@ private slots:
         QCOMPARE(colourAt(colour->normalImage(), {19, 19}).alpha(), 0);
         QVERIFY(colour->selectedImage().isNull());
 
-        shown.bar.setColourButton(Qt::green);
+        shown.bar->setColourButton(Qt::green);
         QCOMPARE(colourAt(colour->normalImage(), {19, 19}), QColor(Qt::green));
         QCOMPARE(colourAt(colour->selectedImage(), {19, 19}), QColor(Qt::green));
-        QVERIFY(!shown.bar.brushColor().isValid());
+        QVERIFY(!shown.bar->brushColor().isValid());
 
         // The bar's own colour wins at the next layout.
-        shown.bar.setBrushColor(Qt::red);
+        shown.bar->setBrushColor(Qt::red);
         QCOMPARE(colourAt(shown.button(DoodleToolbarButtonTypeColour)->normalImage(), {19, 19}),
                  QColor(Qt::green));
-        shown.bar.layoutSubviews();
+        shown.bar->layoutSubviews();
         QCOMPARE(colourAt(shown.button(DoodleToolbarButtonTypeColour)->normalImage(), {19, 19}),
                  QColor(Qt::red));
     }
@@ -234,30 +208,21 @@ private slots:
         }
     }
 
-    void everyToolShowsItsIconAtEveryScale_data()
-    {
-        QTest::addColumn<double>("scale");
-        QTest::newRow("1") << 1.0;
-        QTest::newRow("2") << 2.0;
-        QTest::newRow("3") << 3.0;
-    }
+    void everyToolShowsItsIconAtEveryScale_data() { addScaleRows(); }
     void everyToolShowsItsIconAtEveryScale()
     {
         QFETCH(double, scale);
         DoodleScreen::setScaleOverride(scale);
         ShownBar shown(QSize(400, 30), 1);
-        for (ZQDoodleButton *button : shown.bar.buttons()) {
+        for (ZQDoodleButton *button : shown.bar->buttons()) {
             if (button->type() == DoodleToolbarButtonTypeDivider)
                 continue;
             const QByteArray name = button->accessibleName().toLatin1();
             QCOMPARE(button->normalImage().devicePixelRatio(), scale);
             // Light strokes that cover part of the button, as drawn on screen.
-            const QImage shownImage = rendered(button, scale);
-            qsizetype light = 0;
-            for (int y = 0; y < shownImage.height(); ++y)
-                for (int x = 0; x < shownImage.width(); ++x)
-                    light += QColor::fromRgba(shownImage.pixel(x, y)).lightness() > 200 ? 1 : 0;
-            const double lit = double(light) / double(shownImage.width() * shownImage.height());
+            const double lit = coverage(rendered(button, scale), [](QRgb pixel) {
+                return QColor::fromRgba(pixel).lightness() > 200;
+            });
             QVERIFY2(lit > 0.03 && lit < 0.6, name);
             // A selected tool is a filled tile, clearly not its line icon.
             if (!button->selectedImage().isNull()) {

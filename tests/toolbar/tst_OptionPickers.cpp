@@ -29,30 +29,26 @@ struct RecordingDelegate : ZQDoodleButtonViewDelegate, ColourToolbarDelegate
     void colourToolbar(ZQColourToolbar *, const QColor &colour) override { colours << colour; }
 };
 
-// A shown picker 32 high, as the board opens it.
+// A picker 32 high, as the board opens it, shown on a board that counts the
+// presses reaching it.
 struct ShownPicker
 {
     ShownPicker(qint64 type, int width, qint64 selectIndex = 0,
                 const QColor &colour = QColor(Qt::blue))
-        : picker(QRect(0, 0, width, 32), selectIndex, type, colour)
+        : picker(
+              new ZQDoodleButtonView(QRect(10, 10, width, 32), selectIndex, type, colour, &board))
     {
-        picker.setDelegate(&delegate);
-        picker.show();
-        if (!QTest::qWaitForWindowExposed(&picker))
+        picker->setDelegate(&delegate);
+        board.resize(300, 100);
+        board.show();
+        if (!QTest::qWaitForWindowExposed(&board))
             qWarning("the picker's window was not exposed");
     }
-    ZQDoodleButton *choice(int index) const { return picker.buttons().at(index); }
-    ZQDoodleButtonView picker;
+    ZQDoodleButton *choice(int index) const { return picker->buttons().at(index); }
     RecordingDelegate delegate;
+    PressCounter board;
+    ZQDoodleButtonView *picker;
 };
-
-QList<double> frameXs(const QList<ZQDoodleButton *> &buttons)
-{
-    QList<double> xs;
-    for (const ZQDoodleButton *button : buttons)
-        xs << button->frame().x();
-    return xs;
-}
 
 } // namespace
 
@@ -86,14 +82,12 @@ private slots:
         QFETCH(QList<double>, xs);
         QFETCH(QList<double>, sides);
         ShownPicker shown(type, width);
-        QCOMPARE(frameXs(shown.picker.buttons()), xs);
-        for (int i = 0; i < sides.size(); ++i) {
-            const QRectF frame = shown.choice(i)->frame();
-            QCOMPARE(frame.size(), QSizeF(sides.at(i), sides.at(i)));
-            QCOMPARE(frame.center().y(), 16.0);
-        }
-        QCOMPARE(shown.picker.buttonSize(), QSizeF(sides.last(), sides.last()));
-        QCOMPARE(shown.picker.cornerRadius(), 16.0);
+        QCOMPARE(shown.picker->buttons().size(), xs.size());
+        for (int i = 0; i < xs.size(); ++i) // centred on the picker's middle line
+            QCOMPARE(shown.choice(i)->frame(),
+                     QRectF(xs.at(i), 16 - sides.at(i) / 2, sides.at(i), sides.at(i)));
+        QCOMPARE(shown.picker->buttonSize(), QSizeF(sides.last(), sides.last()));
+        QCOMPARE(shown.picker->cornerRadius(), 16.0);
     }
 
     void aTapReportsTheEntryAndItsValueOnce_data()
@@ -117,16 +111,22 @@ private slots:
         QFETCH(QList<double>, values);
         DoodleScreen::setScaleOverride(scale);
         ShownPicker shown(type, 125, 1);
-        QCOMPARE(shown.picker.getWidth(), 0.0);
+        QCOMPARE(shown.picker->getWidth(), 0.0);
         for (const int index : {3, 0, 2}) {
             tap(shown.choice(index), input);
-            QCOMPARE(shown.picker.getWidth(), values.at(index));
-            QCOMPARE(shown.picker.selectIndex(), index);
+            QCOMPARE(shown.picker->getWidth(), values.at(index));
+            QCOMPARE(shown.picker->selectIndex(), index);
         }
         tap(shown.choice(2), input); // already selected: nothing
+        // Nor between two choices, and the board below never hears of a tap.
+        const QPoint gap((shown.choice(0)->geometry().right() + shown.choice(1)->x()) / 2, 16);
+        QWidget *under = shown.picker->childAt(gap);
+        QVERIFY(under && !shown.picker->buttons().contains(under));
+        tap(under, input, under->mapFrom(shown.picker, gap));
+        QCOMPARE(shown.board.presses, 0);
         QCOMPARE(shown.delegate.choices.size(), 3);
         for (const Choice &choice : shown.delegate.choices) {
-            QCOMPARE(choice.picker, &shown.picker);
+            QCOMPARE(choice.picker, shown.picker);
             QCOMPARE(choice.type, type);
         }
         QCOMPARE(shown.delegate.choices.at(1).index, 0);
@@ -171,47 +171,18 @@ private slots:
     {
         ShownPicker colours(ZQDoodleButtonViewTypeColour, 220, 0, Qt::red);
         // The table's colour, not the one given: "#FF3B30" is entry 2.
-        QCOMPARE(colours.picker.getColor(), QColor(Qt::black));
-        QCOMPARE(colourAt(rendered(&colours.picker), colours.choice(2)->frame().center()),
+        QCOMPARE(colours.picker->getColor(), QColor(Qt::black));
+        QCOMPARE(colourAt(rendered(colours.picker), colours.choice(2)->frame().center()),
                  QColor(0xFF, 0x3B, 0x30));
         tap(colours.choice(3), Input::Touch);
-        QCOMPARE(colours.picker.getColor(), QColor(0xFF, 0x95, 0x00));
-        colours.picker.hide(); // the next pickers open where it was
+        QCOMPARE(colours.picker->getColor(), QColor(0xFF, 0x95, 0x00));
+        colours.board.hide(); // the next pickers open where it was
         ShownPicker widths(ZQDoodleButtonViewTypeBrushWidth, 125, 0, Qt::blue);
-        QCOMPARE(colourAt(rendered(&widths.picker), widths.choice(3)->frame().center()),
+        QCOMPARE(colourAt(rendered(widths.picker), widths.choice(3)->frame().center()),
                  QColor(Qt::blue));
         ShownPicker erasers(ZQDoodleButtonViewTypeEraserWidth, 100, 0, Qt::blue);
-        QCOMPARE(colourAt(rendered(&erasers.picker), erasers.choice(3)->frame().center()),
+        QCOMPARE(colourAt(rendered(erasers.picker), erasers.choice(3)->frame().center()),
                  QColor(Qt::white));
-    }
-
-    void aTapBetweenChoicesStaysInThePicker_data() { addInputRows(); }
-    void aTapBetweenChoicesStaysInThePicker()
-    {
-        QFETCH(Input, input);
-        struct Board : QWidget
-        {
-            Board() { setAttribute(Qt::WA_AcceptTouchEvents); }
-            int presses = 0;
-            bool event(QEvent *e) override
-            {
-                presses += e->type() == QEvent::TouchBegin ||
-                           e->type() == QEvent::MouseButtonPress ||
-                           e->type() == QEvent::TabletPress;
-                return QWidget::event(e);
-            }
-        } board;
-        board.resize(300, 100);
-        RecordingDelegate delegate;
-        auto *picker = new ZQDoodleButtonView(QRect(10, 10, 125, 32), 0, 1, Qt::white, &board);
-        picker->setDelegate(&delegate);
-        board.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&board));
-        QWidget *gap = picker->childAt(QPoint(40, 16)); // between the first two dots
-        QVERIFY(gap);
-        tap(gap, input, gap->mapFrom(picker, QPoint(40, 16)));
-        QCOMPARE(board.presses, 0);
-        QVERIFY(delegate.choices.isEmpty());
     }
 
     void hexTextsDecodeToOpaqueColoursOrClear_data()
@@ -231,33 +202,29 @@ private slots:
         QCOMPARE(ZQColourToolbar::colorWithHexString(text), colour);
     }
 
-    void colourSwatchesSitCentredAsAGroup_data()
+    // Swatches sit centred as a group; a tap reports the colour and hides the bar, once.
+    void swatchesSitCentredAndATapReportsOnce_data()
     {
         QTest::addColumn<int>("width");
         QTest::addColumn<double>("left");
-        QTest::newRow("room to spare") << 560 << 14.0;
-        QTest::newRow("too narrow") << 300 << -116.0;
+        QTest::addColumn<Input>("input");
+        QTest::newRow("room to spare, mouse") << 560 << 14.0 << Input::Mouse;
+        QTest::newRow("room to spare, touch") << 560 << 14.0 << Input::Touch;
+        QTest::newRow("too narrow, stylus") << 300 << -116.0 << Input::Stylus;
     }
-    void colourSwatchesSitCentredAsAGroup()
+    void swatchesSitCentredAndATapReportsOnce()
     {
         QFETCH(int, width);
         QFETCH(double, left);
-        ZQColourToolbar bar(QRect(0, 0, width, 40));
-        bar.show();
-        QCOMPARE(bar.buttons().size(), 10);
-        for (int i = 0; i < 10; ++i)
-            QCOMPARE(bar.buttons().at(i)->frame(), QRectF(left + 56 * i, 6, 28, 28));
-    }
-
-    void aSwatchTapReportsItsColourAndHidesTheBarOnce_data() { addInputRows(); }
-    void aSwatchTapReportsItsColourAndHidesTheBarOnce()
-    {
         QFETCH(Input, input);
-        ZQColourToolbar bar(QRect(0, 0, 560, 40));
+        ZQColourToolbar bar(QRect(0, 0, width, 40));
         RecordingDelegate delegate;
         bar.setDelegate(&delegate);
         bar.show();
         QVERIFY(QTest::qWaitForWindowExposed(&bar));
+        QCOMPARE(bar.buttons().size(), 10);
+        for (int i = 0; i < 10; ++i)
+            QCOMPARE(bar.buttons().at(i)->frame(), QRectF(left + 56 * i, 6, 28, 28));
         QCOMPARE(bar.currentColor(), QColor(Qt::black));
         QVERIFY(bar.curBrushButton() == bar.buttons().first() &&
                 bar.curBrushButton()->isSelected());
@@ -272,13 +239,7 @@ private slots:
             QCOMPARE(bar.buttons().at(i)->isSelected(), i == 3);
     }
 
-    void theSelectedSwatchIsARingedDiscInItsColour_data()
-    {
-        QTest::addColumn<double>("scale");
-        QTest::newRow("1") << 1.0;
-        QTest::newRow("2") << 2.0;
-        QTest::newRow("3") << 3.0;
-    }
+    void theSelectedSwatchIsARingedDiscInItsColour_data() { addScaleRows(); }
     void theSelectedSwatchIsARingedDiscInItsColour()
     {
         QFETCH(double, scale);
