@@ -80,6 +80,9 @@ private slots:
             QVERIFY(field);
             QTest::keyClicks(field, QStringLiteral("Exact"));
             QTest::keyClick(field, Qt::Key_Return);
+            const DoodleActionPtr sent = p.me.host.generated.value(0);
+            const QPointF anchor = board.logicFromNormal({33.4, 21.7}); // not a whole pixel
+            QVERIFY(sent && sent->x() == float(anchor.x()) && sent->y() == float(anchor.y()));
         }
         QCOMPARE(p.me.host.generated.size(), 1);
         QVERIFY(p.me.host.generated.first());
