@@ -535,9 +535,13 @@ bool DoodleLayout::isMuted(const QString &userId) const
 
 void DoodleLayout::removeDrawingsOf(const QString &userId)
 {
+    // Newest first, so the indices still to visit stay where they are.
     d->beginBatch();
-    for (qsizetype i = d->lastIndexOwnedBy(userId); i >= 0; i = d->lastIndexOwnedBy(userId))
-        d->removeEntry(i);
+    for (qsizetype i = d->lastIndexOwnedBy(userId); i >= 0; --i) {
+        const QString &owner = d->m_doodlePathCache.entries().at(i).owner;
+        if (!owner.isNull() && owner == userId)
+            d->removeEntry(i);
+    }
     d->endBatch();
 }
 
