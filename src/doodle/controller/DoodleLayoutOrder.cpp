@@ -17,8 +17,9 @@ namespace {
 constexpr qsizetype kMaxStateBytes = 64 * 1024 * 1024;
 constexpr qsizetype kMaxTombstones = 100000;
 constexpr quint64 kLargestStamp = (quint64(1) << 53) - 1;
-// Past this many changes made together, drawing the board afresh costs less
-// than finding and redrawing what they cover.
+// Up to this many changes made together are measured and redrawn as one
+// region; past it the board is drawn afresh (a merge into an empty board
+// brings thousands).
 constexpr qsizetype kBatchLimit = 64;
 
 // FNV-1a over values fed byte by byte, least significant first: the same on
