@@ -329,16 +329,23 @@ void TestDoodleTranslate::encode_data()
     // Points in any other form travel on as they came.
     const auto received = action(260, "u1");
     for (const QStringList &point : QList<QStringList>{{"2", "0.5", "1e-3"},
-                                                       {"2", "0.100000", "-0.000000", "x"},
+                                                       {"2", "0.100000", "-0.000000", "x\"\\"},
                                                        {"-0", "1.000000", "1.000000"},
                                                        {"2", "-0.250000", "0.750000"},
                                                        {}})
         received->pathPoints().append(point);
     row("stroke with points in other forms", received, points,
         R"({"@ActionType":260,"@UserUri":"u1","@PageId":0,"@Position":{"$json":[)"
-        R"({"$json":["2","0.5","1e-3"]},{"$json":["2","0.100000","-0.000000","x"]},)"
+        R"({"$json":["2","0.5","1e-3"]},{"$json":["2","0.100000","-0.000000","x\"\\"]},)"
         R"({"$json":["-0","1.000000","1.000000"]},{"$json":["2","-0.250000","0.750000"]},)"
         R"({"$json":[]}]}})");
+    const auto numbers = action(260, "u1");
+    for (const QStringList &point :
+         QList<QStringList>{{"2", "0.5", "1e-3"}, {"-0", "1.000000", "+1E2"}, {}})
+        numbers->pathPoints().append(point);
+    row("stroke with received numbers only", numbers, points,
+        R"({"@ActionType":260,"@UserUri":"u1","@PageId":0,"@Position":{"$json":[)"
+        R"({"$json":["2","0.5","1e-3"]},{"$json":["-0","1.000000","+1E2"]},{"$json":[]}]}})");
     row("eraser without points or user", action(261, ""), points,
         R"({"@ActionType":261,"@PageId":0,"@Position":{"$json":[]}})");
     row("sticker", shape(262), "",

@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -336,12 +337,43 @@ QString contentText(const DoodleAction &action, const char *contentKey, const QS
     return DoodleTranslate::objToJson(content);
 }
 
-QString pointText(const DoodleAction &action)
+QString writtenPointText(const DoodleAction &action)
 {
     QJsonArray texts;
     for (const DoodlePoint &point : action.pathPoints())
         texts.append(DoodleTranslate::objToJson(QJsonArray::fromStringList(point.toStringList())));
     return DoodleTranslate::objToJson(texts);
+}
+
+// A text the JSON writer copies as it is: a number's characters only.
+bool isPlainNumber(const QString &text)
+{
+    return std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+        return (c >= u'0' && c <= u'9') || c == u'.' || c == u'-' || c == u'+' || c == u'e' ||
+               c == u'E';
+    });
+}
+
+// The points as an array of JSON texts, one array of strings per point.
+// Points of plain numbers (all that boards write) are written straight, as
+// the JSON writer would write them, without a document per point; any other
+// point sends the whole list through the writer.
+QString pointText(const DoodleAction &action)
+{
+    QString text(1, u'[');
+    text.reserve(action.pathPoints().size() * 48);
+    for (const DoodlePoint &point : action.pathPoints()) {
+        const QStringList parts = point.toStringList();
+        if (!std::all_of(parts.cbegin(), parts.cend(), isPlainNumber))
+            return writtenPointText(action);
+        text += text.size() > 1 ? QLatin1String(",\"[") : QLatin1String("\"[");
+        for (qsizetype i = 0; i < parts.size(); ++i) {
+            text += i > 0 ? QLatin1String(",\\\"") : QLatin1String("\\\"");
+            text += parts.at(i) + QLatin1String("\\\"");
+        }
+        text += QLatin1String("]\"");
+    }
+    return text + u']';
 }
 
 } // namespace
