@@ -202,30 +202,84 @@ private slots:
         QVERIFY(t.cache().isNull());
     }
 
-    void textIsTypedIntoAFieldAndSentOnReturn_data()
+    // How a field ends decides what is sent: one text action, drawn where the
+    // field was, or nothing at all.
+    void aTextFieldIsCommittedWhenTheUserMovesOn_data()
     {
         QTest::addColumn<QString>("typed");
-        QTest::newRow("words") << QStringLiteral("hi bob");
-        QTest::newRow("empty") << QString();
+        QTest::addColumn<QString>("finish");
+        QTest::addColumn<bool>("sent");
+        QTest::newRow("return") << "hi bob"
+                                << "return" << true;
+        QTest::newRow("tap elsewhere") << "hi bob"
+                                       << "tap" << true;
+        QTest::newRow("another tool") << "hi"
+                                      << "tool" << true;
+        QTest::newRow("fold the bar") << "hi"
+                                      << "fold" << true;
+        QTest::newRow("focus elsewhere") << "hi"
+                                         << "focus" << true;
+        QTest::newRow("escape") << "hi bob"
+                                << "escape" << false;
+        QTest::newRow("empty return") << ""
+                                      << "return" << false;
+        QTest::newRow("blank tap") << "   "
+                                   << "tap" << false;
     }
-    void textIsTypedIntoAFieldAndSentOnReturn()
+    void aTextFieldIsCommittedWhenTheUserMovesOn()
     {
         QFETCH(QString, typed);
+        QFETCH(QString, finish);
+        QFETCH(bool, sent);
         TouchBoard t(DoodleActionModeText);
+        QLineEdit other(t.view());
+        other.setGeometry(0, 90, 10, 10);
+        other.show();
         t.board.setTextSize(20);
         QTest::mouseClick(t.view(), Qt::LeftButton, {}, {30, 40});
-        QLineEdit *field = t.board.doodleView()->tempTextField();
+        QPointer<QLineEdit> field = t.board.doodleView()->tempTextField();
         QVERIFY(field);
         QCOMPARE(field->geometry(), QRect(30, 40, 150, 30));
-        QVERIFY(t.host.generated.isEmpty());
+        QTRY_VERIFY(field->hasFocus());
         QTest::keyClicks(field, typed);
-        QTest::keyClick(field, Qt::Key_Return);
+        QVERIFY(t.host.generated.isEmpty());
+        if (finish == "return" || finish == "escape")
+            QTest::keyClick(field, finish == "return" ? Qt::Key_Return : Qt::Key_Escape);
+        else if (finish == "tap")
+            QTest::mouseClick(t.view(), Qt::LeftButton, {}, {120, 60});
+        else if (finish == "tool")
+            t.board.setActionMode(DoodleActionModeBrush);
+        else if (finish == "fold")
+            t.board.showToolBar();
+        else
+            other.setFocus(Qt::MouseFocusReason);
+        QCOMPARE(t.host.generated.size(), sent ? 1 : 0);
+        QTRY_VERIFY(!field); // the field is gone, and no new one opened
+        QVERIFY(!t.board.doodleView()->tempTextField());
+        if (!sent)
+            return;
         const DoodleActionPtr action = t.onlyAction();
-        QVERIFY(action);
         QCOMPARE(action->actionType(), qint64(DoodleActionTypeText));
         QCOMPARE(action->text(), typed);
         QCOMPARE(QPointF(action->x(), action->y()), QPointF(-0.7f, -0.2f));
         QCOMPARE(action->textSize(), 0.2f);
+        QCOMPARE(differenceFromReplay(t), 0);
+    }
+
+    void aTextFieldGrowsWithItsTextUpToTheEdge()
+    {
+        TouchBoard t(DoodleActionModeText);
+        t.board.setTextSize(10);
+        QTest::mouseClick(t.view(), Qt::LeftButton, {}, {120, 20});
+        QLineEdit *field = t.board.doodleView()->tempTextField();
+        QCOMPARE(field->geometry().right() + 1, kBoard.width());    // 150 would pass the edge
+        QTest::mouseClick(t.view(), Qt::LeftButton, {}, {120, 20}); // nothing typed: nothing sent
+        QTest::mouseClick(t.view(), Qt::LeftButton, {}, {2, 20});
+        field = t.board.doodleView()->tempTextField();
+        QCOMPARE(field->width(), 150);
+        QTest::keyClicks(field, QString(60, QLatin1Char('w')));
+        QCOMPARE(field->geometry().right() + 1, kBoard.width());
+        QVERIFY(t.host.generated.isEmpty());
     }
 };
 

@@ -5,12 +5,16 @@
 #include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
 
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QStyle>
+#include <QStyleOptionFrame>
 #include <QTransform>
 
 #include <cmath>
+#include <functional>
 
 namespace {
 // Temp canvases a board keeps at most; each is a widget of its own.
@@ -53,6 +57,41 @@ double fieldCoordinate(double value)
 {
     return std::isfinite(value) ? qBound(-kMaxFieldCoordinate, value, kMaxFieldCoordinate) : 0.0;
 }
+
+// The board's text field: Escape abandons it, and it grows with its text from
+// its left edge up to its parent's right edge (past that it scrolls).
+class DoodleTextField : public QLineEdit
+{
+public:
+    explicit DoodleTextField(QWidget *parent) : QLineEdit(parent)
+    {
+        connect(this, &QLineEdit::textChanged, this, &DoodleTextField::fitText);
+    }
+    std::function<void()> onEscape;
+    bool reported = false; // the delegate heard of it once; later signals are echoes
+
+    void fitText()
+    {
+        QStyleOptionFrame option;
+        initStyleOption(&option);
+        const int advance =
+            fontMetrics().horizontalAdvance(text()) + fontMetrics().averageCharWidth();
+        const QSize wanted =
+            style()->sizeFromContents(QStyle::CT_LineEdit, &option, QSize(advance, height()), this);
+        const int room = parentWidget() ? parentWidget()->width() - x() : wanted.width();
+        resize(std::max(std::min(wanted.width(), room), std::min(kTextFieldWidth, room)), height());
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->key() == Qt::Key_Escape && onEscape) {
+            onEscape();
+            return;
+        }
+        QLineEdit::keyPressEvent(event);
+    }
+};
 } // namespace
 
 ZQDoodleView::ZQDoodleView(const QRect &frame, const QImage &image, QWidget *parent)
@@ -241,17 +280,21 @@ void ZQDoodleView::textInTempWithStartPoint(const QPointF &point, const QString 
     if (!canvas)
         return;
     const double size = DoodleDrawInput::textSize(textSize, canvas->size()).value_or(0.0);
-    auto *field = new QLineEdit(canvas);
+    auto *field = new DoodleTextField(canvas);
     m_tempTextField = field;
     field->setGeometry(qRound(fieldCoordinate(point.x())), qRound(fieldCoordinate(point.y())),
                        kTextFieldWidth, int(std::lround(size)) + kTextFieldExtraHeight);
     field->setFont(DoodleDrawInput::systemFont(size));
+    field->fitText();
     if (color.isValid()) {
         QPalette palette = field->palette();
         palette.setColor(QPalette::Text, color);
         field->setPalette(palette);
     }
-    connect(field, &QLineEdit::returnPressed, this, [this, field] { onTextFieldReturn(field); });
+    // Return, or the focus going elsewhere (another control, another window).
+    connect(field, &QLineEdit::editingFinished, this,
+            [this, field] { onTextFieldDone(field, false); });
+    field->onEscape = [this, field] { onTextFieldDone(field, true); };
     field->show();
     field->setFocus(Qt::OtherFocusReason);
 }
@@ -264,10 +307,17 @@ void ZQDoodleView::textInCatchWithStartPoint(const QPointF &point, const QString
         cache->textInCacheWithStartPoint(point, text, textSize, color);
 }
 
-void ZQDoodleView::onTextFieldReturn(QLineEdit *field)
+void ZQDoodleView::onTextFieldDone(QLineEdit *field, bool cancelled)
 {
+    auto *ours = static_cast<DoodleTextField *>(field);
+    if (ours->reported)
+        return;
+    ours->reported = true;
     field->clearFocus();
-    if (ZQDoodleViewDelegate *delegate = m_delegate.get())
+    ZQDoodleViewDelegate *delegate = m_delegate.get();
+    if (delegate && cancelled)
+        delegate->textEditCancelled(field);
+    else if (delegate)
         delegate->textEditDone(field);
 }
 

@@ -12,17 +12,22 @@
 
 class QLineEdit;
 
-// Told when the user finishes typing into the board's text field.
+// Told when the user finishes typing into the board's text field: with
+// Return, or by moving on (the field loses the keyboard focus); or abandons
+// it with Escape.
 class DOODLE_EXPORT ZQDoodleViewDelegate
 {
 public:
     virtual ~ZQDoodleViewDelegate() = default;
     virtual void textEditDone(QLineEdit *textField) = 0;
+    // Optional.
+    virtual void textEditCancelled(QLineEdit * /*textField*/) {}
 };
 
 // The board: a background picture (fitted with its aspect ratio kept) under
 // one permanent cache canvas and the temp canvases that show previews, plus
-// the one-line text field for text annotations.
+// the one-line text field for text annotations, which grows with its text up
+// to the board's right edge.
 class DOODLE_EXPORT ZQDoodleView : public QWidget
 {
     Q_OBJECT
@@ -95,7 +100,7 @@ protected:
 private:
     void buildLayers();
     ZQDoodleDrawView *makeCanvas();
-    void onTextFieldReturn(QLineEdit *field);
+    void onTextFieldDone(QLineEdit *field, bool cancelled);
     // Temp canvas `index`, emptied (its memory kept for a redraw), or nullptr.
     ZQDoodleDrawView *cleanedTempCanvas(quint64 index, bool redraw);
     // The cache canvas with the board's current bounds.

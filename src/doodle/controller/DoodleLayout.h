@@ -180,6 +180,7 @@ public:
     void touchesEnded(const DoodleTouch &touch);
     void touchesCancelled(const DoodleTouch &touch);
     void textEditDone(QLineEdit *textField) override;
+    void textEditCancelled(QLineEdit *textField) override;
 
     // One order on every board. Every action this board sends carries an
     // order stamp; received ones are kept in stamp order. A board's state (its

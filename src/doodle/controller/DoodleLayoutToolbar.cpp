@@ -119,6 +119,9 @@ void setNormalImage(QAbstractButton *button, const QImage &image)
 
 void DoodleLayout::setActionMode(qint64 mode)
 {
+    // Moving on to another tool finishes the text being typed.
+    if (mode != DoodleActionModeText)
+        d->commitOpenText();
     d->m_actionMode = mode;
     const qint64 marked = markedButtonType(mode);
     if (marked == 0)
@@ -211,6 +214,7 @@ void DoodleLayout::showToolBar()
         return;
     }
     d->closePickers();
+    d->commitOpenText();
     bar->hide();
     d->m_isMinToolBar = true;
     if (DoodleLayoutDelegate *host = d->m_delegate.get())

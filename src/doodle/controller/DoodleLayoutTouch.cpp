@@ -304,7 +304,9 @@ void DoodleLayout::touchesEnded(const DoodleTouch &touch)
 {
     if (d->m_isMinToolBar)
         return;
-    if (d->m_gesture.mode == DoodleActionModeText)
+    if (d->m_gesture.mode == DoodleActionModeText && d->m_textDraw)
+        d->commitOpenText(); // a tap away from an open field finishes it
+    else if (d->m_gesture.mode == DoodleActionModeText)
         d->openTextEntry(d->gestureEndPoint(touch));
     else if (d->m_doodleDraw && d->m_drawPathDidMoved)
         d->finishGesture(d->gestureEndPoint(touch), false);
@@ -365,7 +367,6 @@ void DoodleLayoutPrivate::endArrow(const QPointF &end)
 
 void DoodleLayoutPrivate::openTextEntry(const QPointF &end)
 {
-    // A field already open is replaced, and what was typed in it dropped.
     closeTextField();
     resetGesture();
     m_textDraw = newAction(DoodleActionTypeText);
@@ -380,23 +381,39 @@ void DoodleLayoutPrivate::openTextEntry(const QPointF &end)
 
 void DoodleLayoutPrivate::closeTextField()
 {
+    m_textDraw.reset();
     if (m_doodleView) {
         if (ZQDoodleDrawView *canvas = m_doodleView->getTempCanvas(kTextCanvas))
             canvas->cleanAllPath();
     }
-    m_textDraw.reset();
+}
+
+void DoodleLayoutPrivate::commitOpenText()
+{
+    const DoodleActionPtr action = m_textDraw;
+    if (!action)
+        return;
+    const QLineEdit *field = m_doodleView ? m_doodleView->tempTextField() : nullptr;
+    const QString text = field ? field->text() : QString();
+    closeTextField();
+    // A blank text would draw nothing, yet the next undo would take it back.
+    if (text.trimmed().isEmpty())
+        return;
+    action->setText(text);
+    // Drawn from the action, as every receiver draws it: its exact anchor and
+    // the text size and colour the field was opened with.
+    if (commitAction(action))
+        noteAppended();
 }
 
 void DoodleLayout::textEditDone(QLineEdit *textField)
 {
-    if (!textField)
-        return;
-    const DoodleActionPtr action = d->m_textDraw;
-    if (action)
-        action->setText(textField->text());
-    d->closeTextField();
-    // Drawn from the action, as every receiver draws it: its exact anchor and
-    // the text size and colour the field was opened with.
-    if (action && d->commitAction(action))
-        d->noteAppended();
+    if (textField && d->m_doodleView && textField == d->m_doodleView->tempTextField())
+        d->commitOpenText();
+}
+
+void DoodleLayout::textEditCancelled(QLineEdit *textField)
+{
+    if (textField && d->m_doodleView && textField == d->m_doodleView->tempTextField())
+        d->closeTextField();
 }

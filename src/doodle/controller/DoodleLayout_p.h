@@ -131,6 +131,8 @@ public:
     void endArrow(const QPointF &end);
     void openTextEntry(const QPointF &end);
     void closeTextField();
+    // Commits the open text field's text as Return does; a blank one is dropped.
+    void commitOpenText();
     QPointF gestureEndPoint(const DoodleTouch &touch) const;
     // Order, state and moderation.
     static DoodleStamp stampOf(const DoodleCacheEntry &entry);
