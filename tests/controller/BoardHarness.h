@@ -30,6 +30,7 @@ public:
     void onRestartDoodle() override { calls << QStringLiteral("restart"); }
     void onWillCleanDoodle() override { calls << QStringLiteral("willClean"); }
     void onCloseDoodle() override { calls << QStringLiteral("close"); }
+    void onDoodleCleared(const QString &userId) override { calls << "cleared " + userId; }
 };
 
 // One participant: a board of its own size whose generated actions travel to

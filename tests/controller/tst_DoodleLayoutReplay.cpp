@@ -51,11 +51,12 @@ private slots:
         for (Participant *p : {&alice, &bob})
             p->receive("bob", strokeAction("bob", {{-0.5, 0}, {0.5, 0}}));
         LogCapture log;
-        alice.board.undo(); // nothing of alice's to undo: no rebuild, still sent
+        alice.board.undo(); // nothing of alice's to undo: nothing done, nothing sent
         QVERIFY(log.lines().isEmpty());
         alice.board.cleanDoodle();
-        QCOMPARE(alice.host.calls, QStringList({"generated 258", "generated 259", "willClean"}));
-        QVERIFY(bob.host.calls.isEmpty()); // a received clear is not announced
+        alice.board.cleanDoodle(); // the board is empty now
+        QCOMPARE(alice.host.calls, QStringList({"generated 259", "willClean", "cleared alice"}));
+        QCOMPARE(bob.host.calls, QStringList{"cleared alice"}); // who cleared, by the channel
         for (Participant *p : {&alice, &bob}) {
             QVERIFY(p->board.getAllPath().isEmpty());
             QVERIFY(p->cache().isNull());

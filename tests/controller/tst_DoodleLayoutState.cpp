@@ -174,15 +174,13 @@ private slots:
         board.receive("ann", stampedStroke("ann", 5, 0.2));
         QCOMPARE(cacheOf(board.board), QStringList({"ann 1", "ann 5"}));
         QCOMPARE(differenceFromReplay(board), 0);
-        // Ben's own board, moderated the same way, undoes with nothing of his
-        // left: a board that still holds his drawing keeps it.
+        // Ben's own board, moderated the same way, has nothing of his left to
+        // undo and sends nothing: a board that still holds his drawing keeps it.
         Participant ben(QStringLiteral("ben"), kBoard);
         ben.receive("ben", stampedStroke("ben", 2, 0));
         ben.board.removeDrawingsOf(QStringLiteral("ben"));
-        board.receive("ben", stampedStroke("ben", 6, 0));
         ben.board.undo();
-        board.receive("ben", ben.host.generated.last());
-        QCOMPARE(cacheOf(board.board), QStringList({"ann 1", "ann 5", "ben 6"}));
+        QVERIFY(ben.host.generated.isEmpty());
         board.board.reset(); // forgets the drawings, as a fresh board has none
         QCOMPARE(board.board.fingerprint(),
                  Participant(QStringLiteral("me"), kBoard).board.fingerprint());

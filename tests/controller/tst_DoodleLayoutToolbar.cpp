@@ -4,6 +4,7 @@
 #include "../toolbar/ToolbarTesting.h"
 #include "BoardHarness.h"
 
+#include <QDialog>
 #include <QtTest>
 
 namespace {
@@ -198,7 +199,8 @@ private slots:
         QTest::addColumn<QStringList>("heard");
         QTest::addColumn<int>("left"); // drawings left on the board
         QTest::newRow("undo") << qint64(1) << QStringList{"generated 258"} << 0;
-        QTest::newRow("clear") << qint64(9) << QStringList{"generated 259", "willClean"} << 0;
+        QTest::newRow("clear") << qint64(9)
+                               << QStringList{"generated 259", "willClean", "cleared me"} << 0;
         QTest::newRow("save") << qint64(10) << QStringList{} << 1;
         QTest::newRow("close") << qint64(11) << QStringList{"pause", "close"} << 0;
     }
@@ -212,13 +214,63 @@ private slots:
         t.board.view()->setParent(&window);
         int saved = 0;
         t.board.setPictureSink([&saved](const QImage &) { ++saved; });
+        t.board.setConfirmsClear(false);
         t.drag();
+        QCoreApplication::processEvents(); // as between two taps: the bar follows the board
         t.host.calls.clear();
         t.click(button);
         QCOMPARE(t.host.calls, heard);
         QCOMPARE(t.board.getAllPath().size(), left);
         QCOMPARE(saved, button == DoodleToolbarButtonTypeSave ? 1 : 0);
         QCOMPARE(!t.board.view()->parentWidget(), button == DoodleToolbarButtonTypeClose);
+    }
+
+    // Undo and clear are unavailable with nothing to do, and the clear button
+    // asks before it clears everybody's board.
+    void clearAsksAndNothingIsSentThatDoesNothing_data()
+    {
+        QTest::addColumn<bool>("drawn");
+        QTest::addColumn<bool>("accept");
+        QTest::addColumn<QStringList>("heard");
+        QTest::newRow("yes") << true << true
+                             << QStringList{"generated 259", "willClean", "cleared me"};
+        QTest::newRow("no") << true << false << QStringList{};
+        QTest::newRow("empty board") << false << true << QStringList{};
+    }
+    void clearAsksAndNothingIsSentThatDoesNothing()
+    {
+        QFETCH(bool, drawn);
+        QFETCH(bool, accept);
+        QFETCH(QStringList, heard);
+        ToolBoard t;
+        const auto available = [&t] {
+            QCoreApplication::processEvents();
+            return QList<bool>{t.button(DoodleToolbarButtonTypeUndo)->isEnabled(),
+                               t.button(DoodleToolbarButtonTypeClear)->isEnabled()};
+        };
+        QCOMPARE(available(), QList<bool>({false, false}));
+        t.host.calls.clear();
+        if (drawn)
+            t.drag();
+        QCOMPARE(available(), QList<bool>({drawn, drawn}));
+        t.click(DoodleToolbarButtonTypeUndo);
+        t.click(DoodleToolbarButtonTypeClear);
+        QVERIFY(t.host.calls.filter("generated").size() <= 2); // the drag and its undo
+        if (drawn) {
+            QCOMPARE(t.host.calls.takeLast(), "generated 258");
+            t.drag();
+            QCOMPARE(available(), QList<bool>({true, true}));
+            t.host.calls.clear();
+            t.click(DoodleToolbarButtonTypeClear);
+        }
+        auto *question = t.board.view()->findChild<QDialog *>();
+        QCOMPARE(bool(question), drawn);
+        QVERIFY(t.host.calls.isEmpty()); // nothing happens before the answer
+        if (question)
+            accept ? question->accept() : question->reject();
+        QCOMPARE(t.host.calls, heard);
+        QCOMPARE(t.board.getAllPath().isEmpty(), accept || !drawn);
+        QCOMPARE(available(), QList<bool>({drawn && !accept, drawn && !accept}));
     }
 };
 

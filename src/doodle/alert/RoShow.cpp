@@ -1,9 +1,11 @@
 #include "RoShow.h"
 
 #include <QDialog>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -13,6 +15,27 @@
 #include <limits>
 
 namespace {
+
+// Centres an alert over the view it was shown for (a board inside a larger
+// host window), not over the whole window, each time it is shown.
+class CentreOverView : public QObject
+{
+public:
+    CentreOverView(QDialog *dialog, QWidget *view) : QObject(dialog), m_view(view) {}
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *dialog = static_cast<QWidget *>(watched);
+        if (event->type() == QEvent::Show && m_view && m_view->isVisible()) {
+            dialog->adjustSize();
+            const QPoint centre = m_view->mapToGlobal(m_view->rect().center());
+            dialog->move(centre - QPoint(dialog->width() / 2, dialog->height() / 2));
+        }
+        return false;
+    }
+
+private:
+    QPointer<QWidget> m_view;
+};
 
 // An alert on the window that holds `view`: the message, room for a text
 // field, and a row for the buttons. It deletes itself once closed. None when
@@ -34,6 +57,7 @@ QDialog *makeAlert(QWidget *view, const QString &message, QHBoxLayout **buttonRo
     *buttonRow = new QHBoxLayout;
     column->addLayout(*buttonRow);
     QObject::connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
+    dialog->installEventFilter(new CentreOverView(dialog, view));
     return dialog;
 }
 

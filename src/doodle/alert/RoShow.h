@@ -8,7 +8,8 @@
 
 class QWidget;
 
-// Alerts shown on behalf of a host over the window that holds a given view:
+// Alerts shown on behalf of a host over the window that holds a given view,
+// centred over that view:
 // a message with a confirmation, a one-line text prompt, a message with one
 // button and a message that closes itself. The buttons are titled "取消"
 // (cancel) and "确定" (confirm), cancel first; a button closes the alert and

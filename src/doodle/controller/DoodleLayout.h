@@ -136,8 +136,15 @@ public:
     void onDoodleTextReceived(const QString &userId, const QString &text);
     DoodleReceiveLimits receiveLimits() const;
     void setReceiveLimits(const DoodleReceiveLimits &limits);
+    // Take back the local user's last drawing, and clear the board for
+    // everybody. Either does nothing, and sends nothing, when there is nothing
+    // to take back or clear; the tool bar shows its buttons unavailable then.
     void undo();
     void cleanDoodle();
+    // The tool bar's clear button asks first (the default); hosts that ask
+    // themselves, or want one tap to clear, turn it off. cleanDoodle() never asks.
+    bool confirmsClear() const;
+    void setConfirmsClear(bool confirms);
     // Applies `action` as the local user's own, exactly as if drawn on this
     // board: a drawing is stamped, drawn and handed to the delegate; an undo or
     // a clear does what undo() or cleanDoodle() does. For scripted input such as

@@ -160,6 +160,7 @@ void DoodleLayoutPrivate::recomputeFingerprint()
         m_fingerprint += entry.hash;
         m_unstampedCount += entry.action->seqNo() == 0 ? 1 : 0;
     }
+    scheduleCommandUpdate();
 }
 
 void DoodleLayoutPrivate::insertEntry(qsizetype index, const DoodleActionPtr &action,
@@ -170,6 +171,7 @@ void DoodleLayoutPrivate::insertEntry(qsizetype index, const DoodleActionPtr &ac
     m_doodlePathCache.setHash(index, hash);
     m_fingerprint += hash;
     m_unstampedCount += action->seqNo() == 0 ? 1 : 0;
+    scheduleCommandUpdate();
     shiftSavepoints(index, 1);
     if (m_batch)
         batchChange(index, {});
@@ -303,6 +305,7 @@ void DoodleLayoutPrivate::removeEntry(qsizetype index)
     if (!removed.action)
         return;
     m_fingerprint -= removed.hash;
+    scheduleCommandUpdate();
     if (removed.action->seqNo() != 0)
         rememberUndone(stampOf(removed));
     else

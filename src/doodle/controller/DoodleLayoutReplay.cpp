@@ -46,11 +46,14 @@ void DoodleLayout::doodleAction(const DoodleActionPtr &action, const QString &fr
         else
             undoDrawPathWithUserId(fromUserId);
     } else if (type == DoodleActionTypeClean) {
-        if (stamp == 0) {
+        const DoodleStamp clear{stamp, fromUserId};
+        const bool newer = stamp == 0 || !d->m_lastClear || *d->m_lastClear < clear;
+        if (stamp == 0)
             cleanDoodleCaches();
-        } else if (d->applyClear({stamp, fromUserId})) {
+        else if (d->applyClear(clear))
             d->redrawAfterClear();
-        }
+        if (newer)
+            d->notifyCleared(fromUserId);
     }
 }
 
@@ -277,14 +280,14 @@ void DoodleLayout::undoDrawPathWithUserId(const QString &userId)
 
 void DoodleLayout::undo()
 {
-    // The undo names the stamp of the drawing it takes back. With nothing to
-    // take back it is still sent, under a fresh stamp no drawing has: without
-    // one, receivers would take this user's last drawing on their board.
+    // The undo names the stamp of the drawing it takes back. With nothing of
+    // this user's to take back nothing is sent: an undo that did nothing here
+    // could still take a drawing on a board that holds one this one lacks.
     const qsizetype index = d->lastIndexOwnedBy(d->m_userId);
-    const quint64 stamp =
-        index >= 0 ? d->m_doodlePathCache.entries().at(index).action->seqNo() : d->nextStamp();
-    if (index >= 0)
-        d->removeEntry(index);
+    if (index < 0)
+        return;
+    const quint64 stamp = d->m_doodlePathCache.entries().at(index).action->seqNo();
+    d->removeEntry(index);
     const DoodleActionPtr action = makeCommandAction(DoodleActionTypeUndo, d->m_userId);
     action->setSeqNo(stamp);
     if (DoodleLayoutDelegate *host = d->m_delegate.get())
@@ -293,6 +296,9 @@ void DoodleLayout::undo()
 
 void DoodleLayout::cleanDoodle()
 {
+    // An empty board has nothing to clear, and nobody needs to hear of it.
+    if (d->m_doodlePathCache.size() == 0)
+        return;
     // Ordered after everything this board has seen, so it removes all of it.
     const DoodleActionPtr action = makeCommandAction(DoodleActionTypeClean, d->m_userId);
     action->setSeqNo(d->nextStamp());
@@ -303,6 +309,13 @@ void DoodleLayout::cleanDoodle()
     // Deliberately after the clear and after the clear action was handed over.
     if (DoodleLayoutDelegate *host = d->m_delegate.get())
         host->onWillCleanDoodle();
+    d->notifyCleared(d->m_userId);
+}
+
+void DoodleLayoutPrivate::notifyCleared(const QString &userId)
+{
+    if (DoodleLayoutDelegate *host = m_delegate.get())
+        host->onDoodleCleared(userId);
 }
 
 bool DoodleLayout::commitLocalAction(const DoodleActionPtr &action)

@@ -5,6 +5,7 @@
 #include "DoodleLayoutView.h"
 #include "DoodleLayout_p.h"
 
+#include <doodle/alert/RoShow.h>
 #include <doodle/support/DoodleBundle_p.h>
 #include <doodle/toolbar/ZQDoodleButton.h>
 
@@ -141,6 +142,7 @@ ZQDoodleToolbar *DoodleLayout::doodletoolbar()
         bar->setAttribute(Qt::WA_AcceptTouchEvents);
         bar->installEventFilter(new DoodleBarInputSink(bar));
         d->styleToolBar();
+        d->updateCommandButtons();
     }
     return d->m_doodletoolbar;
 }
@@ -209,6 +211,7 @@ void DoodleLayout::showToolBar()
         bar->setActionMode(fits ? qint32(d->m_actionMode) : 0);
         bar->setBrushColor(d->m_brushColor);
         bar->layoutSubviews();
+        d->updateCommandButtons();
         if (DoodleLayoutDelegate *host = d->m_delegate.get())
             host->onRestartDoodle();
         return;
@@ -388,7 +391,7 @@ void DoodleLayout::doodleToolbar(ZQDoodleToolbar *, ZQDoodleButton *, qint64 but
         d->togglePicker(kTextSizePicker);
         break;
     case DoodleToolbarButtonTypeClear:
-        cleanDoodle();
+        d->confirmClear();
         break;
     case DoodleToolbarButtonTypeSave:
         saveImage();
@@ -454,4 +457,56 @@ void DoodleLayout::brushColorView(BrushColorView *, const QColor &color)
     d->m_brushColor = color;
     doodletoolbar()->setColourButton(color);
     removeColorView();
+}
+
+bool DoodleLayout::confirmsClear() const
+{
+    return d->m_confirmsClear;
+}
+
+void DoodleLayout::setConfirmsClear(bool confirms)
+{
+    d->m_confirmsClear = confirms;
+}
+
+void DoodleLayoutPrivate::confirmClear()
+{
+    if (!m_confirmsClear) {
+        q->cleanDoodle();
+        return;
+    }
+    if (m_askingToClear || m_doodlePathCache.size() == 0)
+        return;
+    m_askingToClear = true;
+    // Asked over the board's own window; the board may have changed meanwhile,
+    // and cleanDoodle() clears what it holds when the answer comes.
+    QPointer<DoodleLayout> board(q);
+    const auto answered = [board](bool clear) {
+        if (!board)
+            return;
+        board->d->m_askingToClear = false;
+        if (clear)
+            board->cleanDoodle();
+    };
+    RoShow::showAlertWith(
+        q->doodleView(), DoodleLayout::tr("Clear the board for everyone in the call?"),
+        [answered] { answered(true); }, [answered] { answered(false); });
+}
+
+void DoodleLayoutPrivate::scheduleCommandUpdate()
+{
+    if (m_commandUpdatePending)
+        return;
+    m_commandUpdatePending = true;
+    QMetaObject::invokeMethod(
+        q, [this] { updateCommandButtons(); }, Qt::QueuedConnection);
+}
+
+void DoodleLayoutPrivate::updateCommandButtons()
+{
+    m_commandUpdatePending = false;
+    if (!m_doodletoolbar)
+        return;
+    m_doodletoolbar->setButtonEnabled(DoodleToolbarButtonTypeUndo, lastIndexOwnedBy(m_userId) >= 0);
+    m_doodletoolbar->setButtonEnabled(DoodleToolbarButtonTypeClear, m_doodlePathCache.size() > 0);
 }

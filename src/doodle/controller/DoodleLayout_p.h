@@ -151,11 +151,18 @@ public:
     void batchChange(qsizetype inserted, const QRectF &removed);
     void endBatch();
     void rememberUndone(const DoodleStamp &stamp);
+    // The undo and clear buttons follow the cache, once per turn of the event loop.
+    void scheduleCommandUpdate();
+    void updateCommandButtons();
     qsizetype lastIndexOwnedBy(const QString &owner) const;
     void undoStamped(const QString &owner, quint64 clock);
     // Takes a clear newer than the last one; true if it removed drawings.
     bool applyClear(const DoodleStamp &stamp);
     void redrawAfterClear();
+    // The host hears who cleared the board, here or elsewhere.
+    void notifyCleared(const QString &userId);
+    // The clear button's question; the board clears once it is answered yes.
+    void confirmClear();
     void mergeUndone(const QJsonArray &undone);
     void mergeActions(const QJsonArray &actions, bool takeUnstamped);
     qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
@@ -214,6 +221,9 @@ public:
     quint64 m_fingerprint = 0;
     qsizetype m_unstampedCount = 0; // cached drawings without a stamp
     bool m_observing = false;
+    bool m_commandUpdatePending = false;
+    bool m_confirmsClear = true;
+    bool m_askingToClear = false;
     bool m_leftForeground = false; // since the gesture under way began
     // The tool bar, its floating button and the option pickers; all live on the view.
     QPointer<ZQDoodleToolbar> m_doodletoolbar;

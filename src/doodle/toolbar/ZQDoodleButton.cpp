@@ -198,6 +198,8 @@ void ZQDoodleButton::paintEvent(QPaintEvent *)
     // A pressed button dims its content, as a finger on it would expect.
     if (isDown())
         painter.setOpacity(0.5);
+    else if (!isEnabled())
+        painter.setOpacity(0.3); // unavailable: nothing to take back or clear
     const QImage image = currentImage();
     if (!image.isNull())
         painter.drawImage(fittedRect(image, bounds), image);

@@ -153,6 +153,23 @@ void ZQDoodleToolbar::setDelegate(DoodleToolbarDelegate *delegate)
     d->delegate = delegate;
 }
 
+void ZQDoodleToolbar::setButtonEnabled(qint64 type, bool enabled)
+{
+    if (enabled)
+        d->disabledTypes.remove(type);
+    else
+        d->disabledTypes.insert(type);
+    for (ZQDoodleButton *button : std::as_const(d->buttonArray)) {
+        if (button->type() == type)
+            button->setEnabled(enabled);
+    }
+}
+
+bool ZQDoodleToolbar::isButtonEnabled(qint64 type) const
+{
+    return !d->disabledTypes.contains(type);
+}
+
 void ZQDoodleToolbar::initDefaultButton()
 {
     // A tap may lead here (the controller lays the bar out again), so the old
@@ -172,6 +189,7 @@ void ZQDoodleToolbar::initDefaultButton()
         button->setType(entry.type);
         button->setToolTip(tr(entry.title));
         button->setAccessibleName(tr(entry.title));
+        button->setEnabled(!d->disabledTypes.contains(entry.type));
         QImage normal = toolbarImage(name);
         if (entry.type == DoodleToolbarButtonTypeColour) {
             normal = imageWithBackgroundColor(d->brushColor, normal);

@@ -75,6 +75,10 @@ public:
     DoodleToolbarDelegate *delegate() const;
     void setDelegate(DoodleToolbarDelegate *delegate);
 
+    // Buttons of a type shown unavailable (dimmed, taking no taps); kept
+    // across layouts, which rebuild the buttons.
+    void setButtonEnabled(qint64 type, bool enabled);
+    bool isButtonEnabled(qint64 type) const;
     // Rebuilds every button from actionMode() and brushColor().
     void initDefaultButton();
     ZQDoodleButton *addButton();

@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QList>
+#include <QSet>
 #include <QSizeF>
 
 // The state of a ZQDoodleToolbar, kept out of its public header.
@@ -18,5 +19,6 @@ public:
     bool isHost = false;
     qint32 actionMode = 0;
     QColor brushColor;
+    QSet<qint64> disabledTypes;
     DoodleWeak<DoodleToolbarDelegate> delegate;
 };
