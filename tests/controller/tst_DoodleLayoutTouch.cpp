@@ -202,6 +202,27 @@ private slots:
         QVERIFY(t.cache().isNull());
     }
 
+    // While the finger is down the stroke reaches the pointer, not only the
+    // last midpoint; once lifted, the board holds exactly the replay.
+    void aLiveStrokeReachesThePointer()
+    {
+        TouchBoard t;
+        const auto inkAt = [&t](int x) {
+            return qAlpha(t.board.doodleView()->convertViewToImage().pixel(x, 50)) > 128;
+        };
+        t.drag({{20, 50}, {60, 50}, {100, 50}}, Input::Mouse, false);
+        QVERIFY(inkAt(96));
+        QVERIFY(!inkAt(110));
+        QTest::mouseRelease(t.view(), Qt::LeftButton, {}, {100, 50});
+        QCOMPARE(t.host.generated.size(), 1);
+        const QImage tail = t.board.doodleView()->getTempCanvas(2)->cacheImage();
+        for (int y = 0; y < tail.height(); ++y) {
+            for (int x = 0; x < tail.width(); ++x)
+                QCOMPARE(qAlpha(tail.pixel(x, y)), 0);
+        }
+        QCOMPARE(differenceFromReplay(t), 0);
+    }
+
     // How a field ends decides what is sent: one text action, drawn where the
     // field was, or nothing at all.
     void aTextFieldIsCommittedWhenTheUserMovesOn_data()

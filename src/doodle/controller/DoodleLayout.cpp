@@ -213,7 +213,7 @@ ZQDoodleView *DoodleLayout::doodleView()
     QWidget *parent = view();
     if (!d->m_doodleView) {
         d->m_doodleView = new ZQDoodleView(parent->rect(), QImage(), parent);
-        d->m_doodleView->setTempCanvasCount(2);
+        d->m_doodleView->setTempCanvasCount(3); // previews, the text field, a stroke's tail
         d->m_doodleView->setDelegate(this);
     }
     return d->m_doodleView;

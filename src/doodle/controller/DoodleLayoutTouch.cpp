@@ -19,6 +19,7 @@ namespace {
 constexpr qint32 kTimeInterval = 2;   // every locally captured point carries it
 constexpr quint64 kPreviewCanvas = 0; // live previews of strokes and shapes
 constexpr quint64 kTextCanvas = 1;    // the text field, apart from the previews
+constexpr quint64 kTailCanvas = 2;    // a stroke's last stretch, from its end to the pointer
 
 bool samePoint(const QPointF &a, const QPointF &b)
 {
@@ -78,6 +79,7 @@ void DoodleLayoutPrivate::resetGesture()
     m_endPoint = QPointF();
     m_drawPathDidMoved = false;
     m_liveErased = QRectF();
+    m_tail = QPainterPath();
 }
 
 void DoodleLayoutPrivate::abandonGesture()
@@ -96,8 +98,24 @@ void DoodleLayoutPrivate::abandonGesture()
 
 void DoodleLayoutPrivate::cleanPreview()
 {
-    if (ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(kPreviewCanvas))
-        canvas->cleanForRedraw();
+    for (quint64 index : {kPreviewCanvas, kTailCanvas}) {
+        if (ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(index))
+            canvas->cleanForRedraw();
+    }
+}
+
+void DoodleLayoutPrivate::drawTail(const QPointF &from, const QPointF &to)
+{
+    // The smoothed path ends half way to the pointer; a straight stretch on a
+    // surface of its own shows the rest until the next move replaces it.
+    ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(kTailCanvas);
+    if (!canvas)
+        return;
+    if (!m_tail.isEmpty()) // wider than drawn, so no antialiased edge is left behind
+        canvas->eraseInCacheWithPath(m_tail, m_gesture.width + 2);
+    m_tail = QPainterPath(from);
+    m_tail.lineTo(to);
+    q->doodleView()->drawInTempWithPath(m_tail, m_gesture.width, m_gesture.color, kTailCanvas);
 }
 
 bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
@@ -251,6 +269,7 @@ void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
     if (m_gesture.mode == DoodleActionModeBrush) {
         q->doodleView()->drawInTempWithPath(segment, m_gesture.width, m_gesture.color,
                                             kPreviewCanvas);
+        drawTail(mid, point);
     } else {
         cacheSurface()->eraseInCacheWithPath(segment, m_gesture.width);
         m_liveErased |= cacheSurface()->lastPaintedRect();

@@ -117,6 +117,7 @@ public:
     void resetGesture();
     void abandonGesture();
     void cleanPreview();
+    void drawTail(const QPointF &from, const QPointF &to);
     bool commitAction(const DoodleActionPtr &built);
     void commitGesture();
     void beginStroke(const QPointF &point);
@@ -178,6 +179,7 @@ public:
     QPainterPath m_path;
     bool m_hasPath = false;
     QPointF m_strokeEnd; // where the last previewed segment of the stroke ended
+    QPainterPath m_tail; // from there to the pointer
     QRectF m_rect;
     bool m_rectIsNull = true;
     QPointF m_startPoint;
