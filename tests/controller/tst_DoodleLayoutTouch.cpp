@@ -223,6 +223,48 @@ private slots:
         QCOMPARE(differenceFromReplay(t), 0);
     }
 
+    // With one aspect for the call, a circle drawn on a tall phone is round on
+    // a wide desktop board, which shows exactly a board of that shape.
+    void aCircleIsRoundOnBoardsOfOtherShapes_data()
+    {
+        QTest::addColumn<QSize>("peerView");
+        QTest::addColumn<QSize>("peerBoard");
+        QTest::newRow("desktop") << QSize(800, 600) << QSize(418, 600);
+        QTest::newRow("wider phone") << QSize(430, 560) << QSize(390, 560);
+        QTest::newRow("small") << QSize(320, 480) << QSize(320, 459);
+    }
+    void aCircleIsRoundOnBoardsOfOtherShapes()
+    {
+        QFETCH(QSize, peerView);
+        QFETCH(QSize, peerBoard);
+        TouchBoard me(DoodleActionModeEllipse);
+        Participant peer(QStringLiteral("peer"), peerView);
+        me.linkTo(peer);
+        const QSizeF aspect(390, 560);
+        for (DoodleLayout *board : {&me.board, &peer.board})
+            board->setBoardAspect(aspect);
+        me.board.resetDoodleViewFrame(QRect(0, 0, 390, 844)); // board at y 142..702
+        QCOMPARE(me.board.getScaleSize(), aspect);
+        me.drag({{100, 100}, {150, 130}, {200, 130}}); // in the margin: nothing
+        QVERIFY(me.host.generated.isEmpty());
+        me.drag({{100, 242}, {150, 292}, {200, 342}, {300, 442}});
+        QCOMPARE(me.host.generated.size(), 1);
+        QCOMPARE(me.host.generated.first()->y(), float(2 * 100.0 / 560 - 1)); // board-relative
+        QCOMPARE(peer.board.getScaleSize(), QSizeF(peerBoard));
+        QCOMPARE(differenceFromReplay(peer, peerBoard), 0);
+        // Round: the ink is as tall as it is wide.
+        const QImage ink = peer.cache();
+        QRect box;
+        for (int y = 0; y < ink.height(); ++y) {
+            for (int x = 0; x < ink.width(); ++x)
+                box |= qAlpha(ink.pixel(x, y)) > 128 ? QRect(x, y, 1, 1) : QRect();
+        }
+        QVERIFY2(std::abs(box.width() - box.height()) <= 2, qPrintable(QDebug::toString(box)));
+        QCOMPARE(me.board.imageScreenShot().deviceIndependentSize(), aspect);
+        me.board.setBoardAspect(QSizeF()); // none: the board fills its view again
+        QCOMPARE(me.board.getScaleSize(), QSizeF(390, 844));
+    }
+
     // How a field ends decides what is sent: one text action, drawn where the
     // field was, or nothing at all.
     void aTextFieldIsCommittedWhenTheUserMovesOn_data()

@@ -8,8 +8,12 @@
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleBundle_p.h>
 
+#include <doodle/support/DoodleLog_p.h>
+
 #include <QGuiApplication>
 #include <QScreen>
+
+#include <cmath>
 
 namespace {
 
@@ -262,7 +266,7 @@ void DoodleLayoutPrivate::viewDidLayout()
 {
     if (!m_doodleView || !m_view)
         return;
-    m_doodleView->setGeometry(m_view->rect());
+    m_doodleView->setGeometry(boardFrame());
     m_doodleView->layoutSubviews();
     // A host's own layout counts as a frame reset: the board is pixels, so it
     // is drawn again from the cache, and the tool bar follows the new size (a
@@ -270,6 +274,43 @@ void DoodleLayoutPrivate::viewDidLayout()
     if (!m_inFrameReset) {
         q->reloadToolBar();
         q->loadDoodleView();
+    }
+}
+
+QRect DoodleLayoutPrivate::boardFrame() const
+{
+    const QRect all = m_view ? m_view->rect() : QRect();
+    if (m_boardAspect.isEmpty() || all.isEmpty())
+        return all;
+    // The largest rectangle of the aspect that fits, centred: letterboxed.
+    const QSize fitted = m_boardAspect.scaled(QSizeF(all.size()), Qt::KeepAspectRatio).toSize();
+    QRect frame(QPoint(), fitted.boundedTo(all.size()).expandedTo(QSize(1, 1)));
+    frame.moveCenter(all.center());
+    return frame;
+}
+
+QSizeF DoodleLayout::boardAspect() const
+{
+    return d->m_boardAspect;
+}
+
+void DoodleLayout::setBoardAspect(const QSizeF &aspect)
+{
+    const bool usable = aspect.isValid() && std::isfinite(aspect.width()) &&
+                        std::isfinite(aspect.height()) && !aspect.isEmpty() &&
+                        aspect.width() / aspect.height() > 1e-3 &&
+                        aspect.height() / aspect.width() > 1e-3;
+    if (!aspect.isEmpty() && !usable)
+        qCWarning(lcDoodle, "board aspect %gx%g ignored: not a usable shape", aspect.width(),
+                  aspect.height());
+    const QSizeF kept = usable ? aspect : QSizeF();
+    if (kept == d->m_boardAspect)
+        return;
+    d->m_boardAspect = kept;
+    // The board takes its new shape and is drawn again from the cache.
+    if (d->m_view) {
+        d->m_view->update();
+        d->viewDidLayout();
     }
 }
 

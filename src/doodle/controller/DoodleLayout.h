@@ -104,6 +104,14 @@ public:
     void setBackgroundColors(const QList<QColor> &colors);
     QList<QImage> backgroundImages() const;
     void setBackgroundImages(const QList<QImage> &images);
+    // One board shape for a whole call. With an aspect (width:height; an
+    // empty size for none, the default) the board keeps that shape,
+    // letterboxed and centred in its view, and normalised coordinates map to
+    // it, so that a circle is round on every screen. The margins take no
+    // input and are left out of saved pictures. Without one the board fills
+    // its view and each axis stretches with it, as on boards that know no aspect.
+    QSizeF boardAspect() const;
+    void setBoardAspect(const QSizeF &aspect);
 
     // Tool settings, in view points. The plain setters only store; a gesture
     // under way keeps the tool, width and colour it started with.

@@ -90,9 +90,11 @@ QImage DoodleLayout::imageScreenShot()
     }
     // One pixel a point; the board's layers, kept at the screen scale, are
     // sampled down smoothly by their own painting.
-    QImage picture = DoodleBitmap::create(QSizeF(board->size()), 1.0);
+    // The board alone: letterbox margins are no part of the picture.
+    const QRect frame = d->boardFrame();
+    QImage picture = DoodleBitmap::create(QSizeF(frame.size()), 1.0);
     if (!picture.isNull())
-        board->render(&picture, QPoint(), QRegion(), QWidget::DrawChildren);
+        board->render(&picture, QPoint(), QRegion(frame), QWidget::DrawChildren);
     for (ZQDoodleButtonView *picker : pickers)
         picker->show();
     // Shown again whether or not they were showing before.

@@ -48,13 +48,13 @@ DoodleGestureTool DoodleLayoutPrivate::toolForMode(qint64 mode) const
 
 bool DoodleLayoutPrivate::isOnBoard(const QPointF &point) const
 {
-    // The board's frame (its place in the controller's view) against a point in
-    // the board's own coordinates: the two agree while the board sits at (0, 0).
+    // A point in the board's own coordinates; with a fixed aspect the board
+    // sits inside its view's margins, and a point there is off the board.
     if (!m_doodleView)
         return false;
-    const QRectF frame = m_doodleView->geometry();
-    return point.x() >= frame.left() && point.x() < frame.left() + frame.width() &&
-           point.y() >= frame.top() && point.y() < frame.top() + frame.height();
+    const QSizeF size = m_doodleView->geometry().size();
+    return point.x() >= 0 && point.x() < size.width() && point.y() >= 0 &&
+           point.y() < size.height();
 }
 
 DoodleActionPtr DoodleLayoutPrivate::newAction(qint64 type) const

@@ -2,6 +2,7 @@
 #include "DoodleLayout_p.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 #include <QResizeEvent>
 #include <QTabletEvent>
 #include <QTouchEvent>
@@ -16,6 +17,18 @@ void DoodleLayoutView::resizeEvent(QResizeEvent *event)
     QWidget::resizeEvent(event);
     if (event->oldSize() != event->size())
         m_controller->d->viewDidLayout();
+}
+
+void DoodleLayoutView::paintEvent(QPaintEvent *)
+{
+    // Letterbox margins, tinted so that the board's own shape shows.
+    const QRect board = m_controller->d->boardFrame();
+    if (board == rect())
+        return;
+    QPainter painter(this);
+    const QRegion margins = QRegion(rect()).subtracted(board);
+    for (const QRect &margin : margins)
+        painter.fillRect(margin, QColor(0, 0, 0, 64));
 }
 
 void DoodleLayoutView::deliver(Phase phase, const QPointF &viewPosition)

@@ -81,6 +81,8 @@ public:
     void orientChange();
     void didBecomeActive();
     void viewDidLayout();
+    // Where the board sits in the view: all of it, or letterboxed to the aspect.
+    QRect boardFrame() const;
     // Tool bar.
     void addToolBarToView();
     void styleToolBar();
@@ -212,6 +214,7 @@ public:
     QString m_waterString;
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
+    QSizeF m_boardAspect; // empty: the board fills its view
     DoodleReceiveLimits m_limits;
     DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
     std::optional<DoodleBatch> m_batch;
