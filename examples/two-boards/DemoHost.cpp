@@ -47,6 +47,13 @@ void DemoParticipant::onCloseDoodle()
     emit status(tr("%1 closed the board").arg(m_board.userId()));
 }
 
+void DemoParticipant::onDoodleCleared(const QString &userId)
+{
+    emit status(userId == m_board.userId()
+                    ? tr("%1 cleared the board").arg(userId)
+                    : tr("%1 cleared the board for %2").arg(userId, m_board.userId()));
+}
+
 void DemoParticipant::receive(const QString &sender, const QString &text)
 {
     if (const DoodleActionPtr action = m_board.stringToDoodleAction(text))

@@ -28,6 +28,7 @@ public:
     void onPauseDoodle() override;
     void onRestartDoodle() override;
     void onCloseDoodle() override;
+    void onDoodleCleared(const QString &userId) override;
 
 signals:
     // What the host would tell its user about the board.

@@ -69,6 +69,10 @@ int main(int argc, char **argv)
     bob.send = [&alice](const QString &sender, const QString &text) {
         alice.receive(sender, text);
     };
+    // One board shape for the call, the first participant's: a circle is
+    // round on both boards, whatever their windows' shapes.
+    for (DemoParticipant *p : {&alice, &bob})
+        p->board().setBoardAspect(QSizeF(460, 620));
 
     const QString session = app.arguments().value(1, QStringLiteral(DOODLE_SAMPLE_SESSION));
     DemoWindow window(alice, bob);
