@@ -75,6 +75,11 @@ QString hostileText(QRandomGenerator &random, bool stamps)
         stampedText(commandAction(DoodleActionTypeUndo, "ann"), s),
         stampedText(strokeAction("mallory", {{0, 0}, {qQNaN(), 1}, {0.3, 0.3}}, Qt::green, 1e30f),
                     s),
+        // One point far off the board: the segment towards it crosses the board.
+        stampedText(strokeAction("mallory", {{0.1, 0.2}, {1e38, 0.4}, {-0.2, 0.1}}, Qt::blue), s),
+        stampedText(strokeAction("mallory", {{-0.3, 0.5}, {0.2, 18446744073709551616.0}}, Qt::black,
+                                 0.1f, DoodleActionTypeEraser),
+                    s),
     };
     return texts.at(random.bounded(int(texts.size())));
 }

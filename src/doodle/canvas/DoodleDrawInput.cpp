@@ -41,6 +41,34 @@ bool DoodleDrawInput::isFinite(const QPainterPath &path)
     return true;
 }
 
+QPointF DoodleDrawInput::bounded(const QPointF &point)
+{
+    // NaN and infinities stay as they are, for the checks that refuse them.
+    if (!isFinite(point))
+        return point;
+    return QPointF(qBound(-kMaxCoordinate, point.x(), kMaxCoordinate),
+                   qBound(-kMaxCoordinate, point.y(), kMaxCoordinate));
+}
+
+QRectF DoodleDrawInput::bounded(const QRectF &rect)
+{
+    if (!isFinite(rect))
+        return rect;
+    return QRectF(bounded(rect.topLeft()), bounded(rect.bottomRight()));
+}
+
+QPainterPath DoodleDrawInput::bounded(const QPainterPath &path)
+{
+    QPainterPath result = path;
+    for (int i = 0; i < result.elementCount(); ++i) {
+        const QPointF p(result.elementAt(i));
+        const QPointF b = bounded(p);
+        if (b != p)
+            result.setElementPositionAt(i, b.x(), b.y());
+    }
+    return result;
+}
+
 double DoodleDrawInput::coveringWidth(const QPointF &anchor, const QSizeF &bounds)
 {
     const double dx = std::max(std::abs(anchor.x()), std::abs(bounds.width() - anchor.x()));

@@ -19,6 +19,18 @@ public:
     static bool isFinite(const QRectF &rect);
     static bool isFinite(const QPainterPath &path);
 
+    // The path with every coordinate brought within +-kMaxCoordinate points.
+    // Qt rasterises coordinates beyond that by another route, whose pixels
+    // depend on the clip; within it a shape gives the same pixels whether the
+    // whole surface or only a region is drawn again. What lies past the bound
+    // is off every board, so only a far point's direction changes, alike on
+    // every path that draws it.
+    static QPainterPath bounded(const QPainterPath &path);
+    static QPointF bounded(const QPointF &point);
+    // A rectangle between its bounded corners; a non-finite one as it is.
+    static QRectF bounded(const QRectF &rect);
+    static constexpr double kMaxCoordinate = 1.0e5;
+
     // The width from which a stroke through `anchor` covers the whole surface:
     // twice the distance to the farthest corner.
     static double coveringWidth(const QPointF &anchor, const QSizeF &bounds);

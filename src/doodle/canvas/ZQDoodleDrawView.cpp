@@ -252,10 +252,11 @@ void ZQDoodleDrawView::endRegionRedraw()
     m_region = QRect();
 }
 
-void ZQDoodleDrawView::strokePath(const QPainterPath &path, double width, const QColor &color,
+void ZQDoodleDrawView::strokePath(const QPainterPath &given, double width, const QColor &color,
                                   bool erase, bool dot)
 {
     const char *name = erase ? "eraseInCacheWithPath" : "drawInCacheWithPath";
+    const QPainterPath path = DoodleDrawInput::bounded(given);
     const auto usable =
         checkedWidth(name, width, firstPoint(path), size(), DoodleDrawInput::isFinite(path));
     if (!usable)
@@ -307,9 +308,10 @@ void ZQDoodleDrawView::eraseInCacheWithPath(const QPainterPath &path, double wid
     strokePath(path, width, Qt::black, true, false);
 }
 
-void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &rect, double width,
+void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &given, double width,
                                                 const QColor &color)
 {
+    const QRectF rect = DoodleDrawInput::bounded(given);
     const auto usable = checkedWidth("rectangleInCacheWithRect", width, rect.topLeft(), size(),
                                      DoodleDrawInput::isFinite(rect));
     if (!usable)
@@ -325,8 +327,10 @@ void ZQDoodleDrawView::rectangleInCacheWithRect(const QRectF &rect, double width
     });
 }
 
-void ZQDoodleDrawView::ellipseInCacheWithRect(const QRectF &rect, double width, const QColor &color)
+void ZQDoodleDrawView::ellipseInCacheWithRect(const QRectF &given, double width,
+                                              const QColor &color)
 {
+    const QRectF rect = DoodleDrawInput::bounded(given);
     const QPointF anchor(rect.right(), rect.center().y());
     const auto usable = checkedWidth("ellipseInCacheWithRect", width, anchor, size(),
                                      DoodleDrawInput::isFinite(rect));
@@ -350,9 +354,12 @@ void ZQDoodleDrawView::ellipseInCacheWithRect(const QRectF &rect, double width, 
     });
 }
 
-void ZQDoodleDrawView::arrowInCacheWithStartPoint(const QPointF &start, const QPointF &end,
-                                                  double width, const QColor &color)
+void ZQDoodleDrawView::arrowInCacheWithStartPoint(const QPointF &givenStart,
+                                                  const QPointF &givenEnd, double width,
+                                                  const QColor &color)
 {
+    const QPointF start = DoodleDrawInput::bounded(givenStart);
+    const QPointF end = DoodleDrawInput::bounded(givenEnd);
     const bool finite = DoodleDrawInput::isFinite(start) && DoodleDrawInput::isFinite(end);
     const auto usable = checkedWidth("arrowInCacheWithStartPoint", width, end, size(), finite);
     if (!usable)
