@@ -59,34 +59,46 @@ private slots:
     void init() { DoodleScreen::setScaleOverride(1); }
     void cleanup() { DoodleScreen::setScaleOverride(0); }
 
-    void choicesSitCentredOnThePitchOfTheLargest_data()
+    // Each choice takes taps in a cell of 32 points, its dot drawn at its own
+    // size in the middle; the cells sit centred in one row, or in two when
+    // the picker is two rows high.
+    void choicesSitInCellsAFingerHits_data()
     {
         QTest::addColumn<qint64>("type");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<QList<double>>("xs");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QList<QPointF>>("cells"); // top left of the first, the second, the last
         QTest::addColumn<QList<double>>("sides");
-        QTest::newRow("colours") << qint64(ZQDoodleButtonViewTypeColour) << 220
-                                 << QList<double>({4, 26, 48, 70, 92, 114, 136, 158, 180, 202})
+        QTest::newRow("colours") << qint64(ZQDoodleButtonViewTypeColour) << QSize(320, 32)
+                                 << QList<QPointF>({{0, 0}, {32, 0}, {288, 0}})
                                  << QList<double>(10, 14);
+        QTest::newRow("colours, two rows")
+            << qint64(ZQDoodleButtonViewTypeColour) << QSize(170, 64)
+            << QList<QPointF>({{5, 0}, {37, 0}, {133, 32}}) << QList<double>(10, 14);
         QTest::newRow("brush widths")
-            << qint64(ZQDoodleButtonViewTypeBrushWidth) << 125 << QList<double>({23, 44, 65, 86})
-            << QList<double>({10, 12, 14, 16});
+            << qint64(ZQDoodleButtonViewTypeBrushWidth) << QSize(128, 32)
+            << QList<QPointF>({{0, 0}, {32, 0}, {96, 0}}) << QList<double>({10, 12, 14, 16});
         QTest::newRow("text sizes")
-            << qint64(ZQDoodleButtonViewTypeTextSize) << 125 << QList<double>({19, 42, 65, 88})
-            << QList<double>({12, 14, 16, 18});
+            << qint64(ZQDoodleButtonViewTypeTextSize) << QSize(140, 32)
+            << QList<QPointF>({{6, 0}, {38, 0}, {102, 0}}) << QList<double>({12, 14, 16, 18});
     }
-    void choicesSitCentredOnThePitchOfTheLargest()
+    void choicesSitInCellsAFingerHits()
     {
         QFETCH(qint64, type);
-        QFETCH(int, width);
-        QFETCH(QList<double>, xs);
+        QFETCH(QSize, size);
+        QFETCH(QList<QPointF>, cells);
         QFETCH(QList<double>, sides);
-        ShownPicker shown(type, width);
-        QCOMPARE(shown.picker->buttons().size(), xs.size());
-        for (int i = 0; i < xs.size(); ++i) // centred on the picker's middle line
-            QCOMPARE(shown.choice(i)->frame(),
-                     QRectF(xs.at(i), 16 - sides.at(i) / 2, sides.at(i), sides.at(i)));
-        QCOMPARE(shown.picker->buttonSize(), QSizeF(sides.last(), sides.last()));
+        ShownPicker shown(type, size.width());
+        shown.picker->resize(size);
+        const QList<ZQDoodleButton *> choices = shown.picker->buttons();
+        QCOMPARE(choices.size(), sides.size());
+        const QList<ZQDoodleButton *> probed{choices.at(0), choices.at(1), choices.last()};
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(probed.at(i)->frame(), QRectF(cells.at(i), QSizeF(32, 32)));
+        for (int i = 0; i < choices.size(); ++i) {
+            const QRectF dot = choices.at(i)->tileRect();
+            QCOMPARE(dot.size(), QSizeF(sides.at(i), sides.at(i)));
+            QCOMPARE(dot.center(), QPointF(16, 16));
+        }
         QCOMPARE(shown.picker->cornerRadius(), 16.0);
     }
 
@@ -142,7 +154,7 @@ private slots:
         QTest::newRow("colours") << qint64(0) << QColor(Qt::white) << QColor(Qt::white) << kRed
                                  << 1.0;
         QTest::newRow("brush widths")
-            << qint64(1) << QColor(Qt::white) << QColor(Qt::white) << kRed << 0.5;
+            << qint64(1) << QColor(Qt::white) << QColor(Qt::white) << kRed << 1.0;
         // Eraser dots start light grey and turn white at the first choice.
         QTest::newRow("eraser widths")
             << qint64(2) << QColor::fromRgbF(2 / 3.0f, 2 / 3.0f, 2 / 3.0f) << QColor(Qt::white)

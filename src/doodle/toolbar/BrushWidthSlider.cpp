@@ -3,6 +3,7 @@
 #include "DoodlePointer_p.h"
 
 #include <QEvent>
+#include <QKeyEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -14,6 +15,7 @@ constexpr double kTrackHeight = 2.0;
 BrushWidthSlider::BrushWidthSlider(QWidget *parent) : QWidget(parent)
 {
     setAttribute(Qt::WA_AcceptTouchEvents);
+    setFocusPolicy(Qt::TabFocus);
     setAccessibleName(tr("Width"));
 }
 
@@ -54,6 +56,42 @@ double BrushWidthSlider::positionOf(float value) const
     const double range = double(m_maximum) - double(m_minimum);
     const double fraction = range > 0 ? (double(value) - double(m_minimum)) / range : 0.0;
     return thumbWidth() * 0.5 + travel * fraction;
+}
+
+void BrushWidthSlider::keyPressEvent(QKeyEvent *event)
+{
+    // The arrows move by a point, Page Up and Down by five, Home and End to the ends.
+    const float range = m_maximum - m_minimum;
+    float target = m_value;
+    switch (event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Down:
+        target -= 1.0f;
+        break;
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+        target += 1.0f;
+        break;
+    case Qt::Key_PageDown:
+        target -= range / 4.0f;
+        break;
+    case Qt::Key_PageUp:
+        target += range / 4.0f;
+        break;
+    case Qt::Key_Home:
+        target = m_minimum;
+        break;
+    case Qt::Key_End:
+        target = m_maximum;
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    const float before = m_value;
+    setValue(target);
+    if (m_value != before)
+        emit valueChanged(m_value);
 }
 
 void BrushWidthSlider::moveTo(double x)
@@ -113,4 +151,9 @@ void BrushWidthSlider::paintEvent(QPaintEvent *)
     QRectF thumb(QPointF(), m_thumb.deviceIndependentSize());
     thumb.moveCenter(QPointF(thumbX, height() * 0.5));
     painter.drawImage(thumb, m_thumb);
+    if (hasFocus()) { // the keyboard's ring around the thumb
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2.0));
+        painter.drawEllipse(thumb.adjusted(-2, -2, 2, 2));
+    }
 }

@@ -7,7 +7,7 @@
 // The width slider of a BrushLineView: a float value between a minimum and a
 // maximum, a thin track (one colour left of the thumb, another right of it)
 // and a thumb image. Pressing anywhere on it moves the thumb there; dragging
-// reports every change.
+// reports every change. Tab reaches it, and the arrow keys move it.
 class BrushWidthSlider : public QWidget
 {
     Q_OBJECT
@@ -31,6 +31,7 @@ signals:
 
 protected:
     bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

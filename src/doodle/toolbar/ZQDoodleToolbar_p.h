@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QList>
+#include <QSet>
 #include <QSizeF>
 
 // The state of a ZQDoodleToolbar, kept out of its public header.
@@ -19,4 +20,5 @@ public:
     qint32 actionMode = 0;
     QColor brushColor;
     DoodleWeak<DoodleToolbarDelegate> delegate;
+    QSet<qint64> disabledTypes;
 };
