@@ -179,6 +179,40 @@ private slots:
         QCOMPARE(shown.choice(2)->borderColor(), otherAfterAChoice);
     }
 
+    // Every dot's outline shows on the dark pill, and a ring outside the
+    // selected one, with a gap of the pill between, marks it whatever its colour.
+    void theDotsAndTheMarkShowOnThePill_data()
+    {
+        QTest::addColumn<qint64>("type");
+        QTest::addColumn<QColor>("brush");
+        QTest::addColumn<int>("selected");
+        QTest::newRow("colours, black chosen") << qint64(0) << QColor(Qt::blue) << 0;
+        QTest::newRow("colours, white chosen") << qint64(0) << QColor(Qt::blue) << 1;
+        QTest::newRow("widths, black brush") << qint64(1) << QColor(Qt::black) << 0;
+        QTest::newRow("widths, white brush") << qint64(1) << QColor(Qt::white) << 2;
+    }
+    void theDotsAndTheMarkShowOnThePill()
+    {
+        QFETCH(qint64, type);
+        QFETCH(QColor, brush);
+        QFETCH(int, selected);
+        ShownPicker shown(type, type == 0 ? 320 : 128, selected, brush);
+        const QImage image = rendered(shown.picker);
+        const QColor pill = colourAt(image, {32, 3});
+        const auto differs = [&](const QPointF &at) {
+            const QColor c = colourAt(image, at);
+            return std::max({qAbs(c.red() - pill.red()), qAbs(c.green() - pill.green()),
+                             qAbs(c.blue() - pill.blue())});
+        };
+        for (int i = 0; i < shown.picker->buttons().size(); ++i) {
+            const QPointF centre = shown.choice(i)->frame().center();
+            const double half = shown.choice(i)->tileRect().width() / 2;
+            QVERIFY2(differs(centre + QPointF(half - 0.5, 0)) > 150, "outline");
+            QCOMPARE(differs(centre + QPointF(half + 3, 0)) > 150, i == selected);
+            QVERIFY2(differs(centre + QPointF(half + 1, 0)) < 60, "gap");
+        }
+    }
+
     void choicesAreDrawnInTheirColours()
     {
         ShownPicker colours(ZQDoodleButtonViewTypeColour, 220, 0, Qt::red);
