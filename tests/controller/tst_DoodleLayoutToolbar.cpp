@@ -157,6 +157,7 @@ private slots:
         QFETCH(double, scale);
         DoodleScreen::setScaleOverride(scale);
         ToolBoard t;
+        t.click(DoodleToolbarButtonTypeColour); // open while the board changes size
         t.board.resetDoodleViewFrame(QRect(0, 0, width, 700));
         const QRect board(0, 0, width, 700), floating(width - 50, 600, 44, 44);
         QCOMPARE(t.board.doodletoolButton()->geometry(), floating);
@@ -173,7 +174,8 @@ private slots:
         };
         fits(t.board.doodletoolbar(), t.board.doodletoolbar()->buttons(), 1);
         QVERIFY(t.board.doodletoolbar()->buttonSpacing() >= 2); // not crowded
-        for (const qint64 anchor : {2, 3, 4, 8}) {
+        fits(t.pickers().value(0), t.pickers().value(0)->buttons(), 32);
+        for (const qint64 anchor : {3, 4, 8, 2}) {
             t.click(anchor);
             fits(t.pickers().value(0), t.pickers().value(0)->buttons(), 32);
             // The specified place, above its button, wherever the board has room.

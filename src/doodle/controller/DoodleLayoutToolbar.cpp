@@ -254,6 +254,12 @@ void DoodleLayoutPrivate::placeToolButton()
 {
     const QSize size = q->view()->size();
     m_doodletoolButton->setGeometry(size.width() - 50, size.height() - 100, 44, 44);
+    // An open picker follows the board's new size.
+    for (const DoodlePicker *picker : kPickers) {
+        if (ZQDoodleButtonView *open = this->*picker->field; open && m_doodletoolbar)
+            fitPicker(open, m_doodletoolbar->geometry().y() - kPickerGap,
+                      std::min(size.width(), m_doodletoolButton->x() - kClearOfToolButton));
+    }
 }
 
 void DoodleLayoutPrivate::addToolBarToView()

@@ -47,8 +47,12 @@ bool isPickerType(qint64 type)
 // Every choice takes taps in a cell at least this many points on each side.
 constexpr double kLeastTarget = 32.0;
 // The selected choice's ring, outside its dot: white shows on the dark pill
-// and, with the gap between, around a dot of any colour.
-const QColor kMark = Qt::white;
+// and, with the gap between, around a dot of any colour. A text size's own
+// white border already shows on the pill; it needs none.
+QColor markFor(qint64 type)
+{
+    return type == ZQDoodleButtonViewTypeTextSize ? QColor() : QColor(Qt::white);
+}
 
 // Columns and rows of `count` cells `pitch` wide within `width` points.
 QSize gridFor(qsizetype count, double pitch, double width)
@@ -246,7 +250,7 @@ void ZQDoodleButtonView::styleChoice(ZQDoodleButton *button, int index)
     d->buttonSpacing = d->type == ZQDoodleButtonViewTypeColour ? 8 : 5;
     button->setBackgroundColor(style.fill);
     button->setTileSize(QSizeF(side, side));
-    button->setMarkColor(index == d->selectIndex ? kMark : QColor());
+    button->setMarkColor(index == d->selectIndex ? markFor(d->type) : QColor());
     button->setCornerRadius(side * 0.5);
     button->setBorderColor(style.border);
     button->setBorderWidth(style.borderWidth);
@@ -292,7 +296,7 @@ void ZQDoodleButtonView::chooseAction(ZQDoodleButton *button)
             child->setSelected(false);
         }
         button->setBorderColor(text ? QColor(Qt::white) : QColor::fromRgbF(1, 0, 0, 1));
-        button->setMarkColor(kMark);
+        button->setMarkColor(markFor(d->type));
         button->setSelected(true);
     }
     if (ZQDoodleButtonViewDelegate *delegate = d->delegate.get())
