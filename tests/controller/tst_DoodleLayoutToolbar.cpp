@@ -136,7 +136,7 @@ private slots:
         if (!anchor)
             return;
         // Above its button, or moved left to stay clear of the floating button at 350.
-        const int x = qMin(t.button(anchor)->mapTo(t.board.view(), QPoint()).x(), 344 - width);
+        const int x = qMin(t.button(anchor)->mapTo(t.board.view(), QPoint()).x(), 346 - width);
         QCOMPARE(open.first()->type(), pickerType);
         QCOMPARE(open.first()->geometry(), QRect(x, 454 - 9 - 32, width, 32));
         QTest::mousePress(t.board.view(), Qt::LeftButton, {}, {100, 100});
@@ -194,12 +194,12 @@ private slots:
         QApplication::setActiveWindow(t.board.view());
         QList<qint64> reached;
         t.button(DoodleToolbarButtonTypeUndo)->setFocus(Qt::TabFocusReason);
-        for (int i = 0; i < 11; ++i) {
+        for (int i = 0; i < 12; ++i) {
             const auto *focused = qobject_cast<ZQDoodleButton *>(QApplication::focusWidget());
             reached << (focused ? focused->type() : -1);
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         }
-        QCOMPARE(reached, QList<qint64>({1, 9, 2, 3, 4, 5, 6, 7, 8, 10, 11}));
+        QCOMPARE(reached, QList<qint64>({1, 9, 2, 3, 4, 5, 6, 7, 8, 10, 11, 0})); // 0: floating
         ZQDoodleButton *eraser = t.button(DoodleToolbarButtonTypeEraser);
         const QImage unfocused = rendered(eraser);
         eraser->setFocus(Qt::TabFocusReason);

@@ -76,29 +76,23 @@ private slots:
     }
 
     // An outline, seen on the dark view even in black (a white ring outside it).
-    void theEraserPreviewIsAnOutlineThatShows_data()
-    {
-        QTest::addColumn<QColor>("given");
-        QTest::addColumn<QColor>("shown");
-        QTest::newRow("none: white") << QColor() << QColor(Qt::white);
-        QTest::newRow("black") << QColor(Qt::black) << QColor(Qt::black);
-    }
     void theEraserPreviewIsAnOutlineThatShows()
     {
-        QFETCH(QColor, given);
-        QFETCH(QColor, shown);
-        BrushLineView view(QRect(0, 0, 200, 44), given, 20);
-        QCOMPARE(view.color(), shown);
-        const QColor background = colourAt(rendered(&view), {100, 4});
-        view.setType(1);
-        QImage image = rendered(&view);
-        QCOMPARE(colourAt(image, {25, 22}), background);
-        int lightest = 0; // across the top edge of the disc (12 to 13) and just outside it
-        for (const double y : {10.5, 11.5, 12.5})
-            lightest = std::max(lightest, colourAt(image, {25.2, y}).lightness());
-        QVERIFY(lightest > 180);
-        view.setType(0);
-        QCOMPARE(colourAt(rendered(&view), {25, 22}), shown);
+        for (const QColor &given : {QColor(), QColor(Qt::black)}) {
+            BrushLineView view(QRect(0, 0, 200, 44), given, 20);
+            const QColor shown = given.isValid() ? given : QColor(Qt::white);
+            QCOMPARE(view.color(), shown);
+            const QColor background = colourAt(rendered(&view), {100, 4});
+            view.setType(1);
+            const QImage image = rendered(&view);
+            QCOMPARE(colourAt(image, {25, 22}), background);
+            int lightest = 0; // across the top edge of the disc (12 to 13) and just outside it
+            for (const double y : {10.5, 11.5, 12.5})
+                lightest = std::max(lightest, colourAt(image, {25.2, y}).lightness());
+            QVERIFY(lightest > 180);
+            view.setType(0);
+            QCOMPARE(colourAt(rendered(&view), {25, 22}), shown);
+        }
     }
 
     void theArrowKeysMoveTheSlider()

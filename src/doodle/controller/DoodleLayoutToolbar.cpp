@@ -52,7 +52,7 @@ constexpr int kBarHeight = 30;
 constexpr int kPickerHeight = 32;
 constexpr int kPickerGap = 9;
 // Pickers keep this far left of the floating button (and its shadow).
-constexpr int kClearOfToolButton = 6;
+constexpr int kClearOfToolButton = 4;
 
 // The tool-bar button shown selected for an action mode; 0 for none. Note
 // the crosswise pair: the rectangle tool (3) marks the "rect" button (6) and
@@ -236,8 +236,7 @@ ZQDoodleButton *DoodleLayout::doodletoolButton()
         auto *button = new ZQDoodleButton;
         d->m_doodletoolButton = button;
         button->setNormalImage(bundleImage(QStringLiteral("doodle")));
-        button->setFocusPolicy(Qt::NoFocus);
-        button->setAccessibleName(tr("Tools"));
+        button->setAccessibleName(tr("Tools")); // Tab reaches it, as the bar's buttons
         button->setToolTip(tr("Show or hide the tools"));
         connect(button, &ZQDoodleButton::clicked, this, &DoodleLayout::showToolBar);
         auto *shadow = new QGraphicsDropShadowEffect(button);

@@ -333,9 +333,12 @@ void ZQDoodleButtonView::layoutSubviews()
         return;
     // A grid of cells centred in the picker, as many rows as its height holds;
     // each choice is drawn at its own size in the middle of its cell.
-    const double pitch = cellPitch();
     const int rows = int(std::clamp<qsizetype>(qsizetype(height() / kLeastTarget), 1, count));
     const QSize grid(int((count + rows - 1) / rows), rows);
+    // A picker narrower than fittingSize() asks for takes smaller steps, down
+    // to the specified pitch, before its choices run out of it.
+    const double specified = d->buttonSize.width() + double(d->buttonSpacing);
+    const double pitch = std::max(specified, std::min(cellPitch(), width() / double(grid.width())));
     const QPointF origin((width() - grid.width() * pitch) * 0.5,
                          (height() - grid.height() * kLeastTarget) * 0.5);
     for (int index = 0; index < count; ++index) {
@@ -348,8 +351,7 @@ double ZQDoodleButtonView::cellPitch() const
 {
     // The specified pitch (the largest choice and the spacing), widened to a
     // target a finger hits.
-    const double largest = d->buttonSize.width();
-    return std::max(largest + double(d->buttonSpacing), kLeastTarget);
+    return std::max(d->buttonSize.width() + double(d->buttonSpacing), kLeastTarget);
 }
 
 QSize ZQDoodleButtonView::fittingSize(int available) const

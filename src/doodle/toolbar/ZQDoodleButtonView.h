@@ -78,9 +78,9 @@ public:
     void chooseAction(ZQDoodleButton *button);
     // Does nothing.
     void emptyAction();
-    // Places the choices in cells at least 32 points on each side, on the
-    // pitch of the largest choice, centred as a group: one row, or as many
-    // as the picker's height holds.
+    // Places the choices in cells at least 32 points on each side (narrower,
+    // down to the pitch of the largest choice, when the picker is too narrow),
+    // centred as a group: one row, or as many as the picker's height holds.
     void layoutSubviews();
     // The size the picker needs with at most `available` points of width: its
     // own width when its choices fit in it, else one row as wide as they
