@@ -77,11 +77,13 @@ qint64 markedButtonType(qint64 mode)
     }
 }
 
-// Keeps a picker inside the board above `bottom` and left of `right` (the
-// floating button): wider or in more rows where its choices need the room,
-// moved left where it would not fit.
-void fitPicker(ZQDoodleButtonView *view, int bottom, int right)
+// Keeps a picker inside the board, above the bar and left of the floating
+// button: wider or in more rows where its choices need the room, moved left
+// where it would not fit.
+void fitPicker(ZQDoodleButtonView *view, const QWidget *bar, const QWidget *toolButton)
 {
+    const int bottom = bar->y() - kPickerGap;
+    const int right = std::min(view->parentWidget()->width(), toolButton->x() - kClearOfToolButton);
     const int left = std::min(kBarMargin, std::max(0, right - kPickerHeight));
     const QSize size = view->fittingSize(right - left);
     const int x = std::max(left, std::min(view->x(), right - size.width()));
@@ -256,8 +258,7 @@ void DoodleLayoutPrivate::placeToolButton()
     // An open picker follows the board's new size.
     for (const DoodlePicker *picker : kPickers) {
         if (ZQDoodleButtonView *open = this->*picker->field; open && m_doodletoolbar)
-            fitPicker(open, m_doodletoolbar->geometry().y() - kPickerGap,
-                      std::min(size.width(), m_doodletoolButton->x() - kClearOfToolButton));
+            fitPicker(open, m_doodletoolbar, m_doodletoolButton);
     }
 }
 
@@ -369,9 +370,7 @@ void DoodleLayoutPrivate::openPicker(const DoodlePicker &picker)
                                this->*picker.selectIndex, picker.pickerType, m_brushColor, board);
     view->setDelegate(q);
     view->setBackgroundColor(QColor::fromRgbF(0, 0, 0, double(0.9f)));
-    fitPicker(
-        view, bar->geometry().y() - kPickerGap,
-        std::min(board->width(), q->doodletoolButton()->geometry().left() - kClearOfToolButton));
+    fitPicker(view, bar, q->doodletoolButton());
     view->show();
     view->raise();
     this->*picker.field = view;
