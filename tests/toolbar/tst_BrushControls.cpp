@@ -2,6 +2,9 @@
 // ten-colour picker with its forgiving touch targets, and the colour button.
 #include "ToolbarTesting.h"
 
+#include <QAccessible>
+#include <QAccessibleValueInterface>
+
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/toolbar/BrushColorButton.h>
 #include <doodle/toolbar/BrushColorView.h>
@@ -111,6 +114,11 @@ private slots:
             QCOMPARE(view.getWidth(), width);
             QCOMPARE(view.previewRect().size(), QSizeF(width, width));
         }
+        // Screen readers see a slider, with its value, which they may set too.
+        QAccessibleInterface *reader = QAccessible::queryAccessibleInterface(slider);
+        QCOMPARE(reader->role(), QAccessible::Slider);
+        reader->valueInterface()->setCurrentValue(6.0f);
+        QCOMPARE(view.getWidth(), 6.0);
     }
 
     void swatchesSitInTwoRowsOfFive_data()

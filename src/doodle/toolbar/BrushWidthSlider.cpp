@@ -2,6 +2,9 @@
 
 #include "DoodlePointer_p.h"
 
+#include <QAccessible>
+#include <QAccessibleValueInterface>
+#include <QAccessibleWidget>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -10,13 +13,49 @@
 
 namespace {
 constexpr double kTrackHeight = 2.0;
+
+// What screen readers see of the slider: a slider with a value, which they
+// may also set.
+class BrushWidthSliderAccessible : public QAccessibleWidget, public QAccessibleValueInterface
+{
+public:
+    explicit BrushWidthSliderAccessible(BrushWidthSlider *slider)
+        : QAccessibleWidget(slider, QAccessible::Slider)
+    {}
+    void *interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::ValueInterface)
+            return static_cast<QAccessibleValueInterface *>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+    QVariant currentValue() const override { return slider()->value(); }
+    void setCurrentValue(const QVariant &value) override { slider()->moveToValue(value.toFloat()); }
+    QVariant maximumValue() const override { return slider()->maximum(); }
+    QVariant minimumValue() const override { return slider()->minimum(); }
+    QVariant minimumStepSize() const override { return 1.0f; }
+
+private:
+    BrushWidthSlider *slider() const { return static_cast<BrushWidthSlider *>(widget()); }
+};
+
+QAccessibleInterface *accessibleSlider(const QString &className, QObject *object)
+{
+    if (className == QLatin1String("BrushWidthSlider") && object && object->isWidgetType())
+        return new BrushWidthSliderAccessible(static_cast<BrushWidthSlider *>(object));
+    return nullptr;
 }
+} // namespace
 
 BrushWidthSlider::BrushWidthSlider(QWidget *parent) : QWidget(parent)
 {
     setAttribute(Qt::WA_AcceptTouchEvents);
     setFocusPolicy(Qt::TabFocus);
     setAccessibleName(tr("Width"));
+    static const bool registered = [] {
+        QAccessible::installFactory(accessibleSlider);
+        return true;
+    }();
+    Q_UNUSED(registered)
 }
 
 void BrushWidthSlider::setRange(float minimum, float maximum)
@@ -88,10 +127,18 @@ void BrushWidthSlider::keyPressEvent(QKeyEvent *event)
         QWidget::keyPressEvent(event);
         return;
     }
+    moveToValue(target);
+}
+
+void BrushWidthSlider::moveToValue(float value)
+{
     const float before = m_value;
-    setValue(target);
-    if (m_value != before)
-        emit valueChanged(m_value);
+    setValue(value);
+    if (m_value == before)
+        return;
+    QAccessibleValueChangeEvent change(this, m_value);
+    QAccessible::updateAccessibility(&change);
+    emit valueChanged(m_value);
 }
 
 void BrushWidthSlider::moveTo(double x)
@@ -101,10 +148,7 @@ void BrushWidthSlider::moveTo(double x)
         travel > 0 ? std::clamp((x - thumbWidth() * 0.5) / travel, 0.0, 1.0) : 0.0;
     const float value =
         float(double(m_minimum) + fraction * (double(m_maximum) - double(m_minimum)));
-    if (value == m_value)
-        return;
-    setValue(value);
-    emit valueChanged(m_value);
+    moveToValue(value);
 }
 
 bool BrushWidthSlider::event(QEvent *event)

@@ -20,6 +20,8 @@ public:
     float value() const { return m_value; }
     // Clamped to the range; reports nothing.
     void setValue(float value);
+    // Clamped to the range; a change is reported as the user's.
+    void moveToValue(float value);
     void setThumbImage(const QImage &image);
     void setTrackColors(const QColor &minimumSide, const QColor &maximumSide);
     // Where the thumb's centre is for `value`, in the slider's coordinates.
