@@ -14,6 +14,7 @@
 #include <doodle/model/DoodlePoint.h>
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleScreen.h>
+#include <doodle/support/DoodleTranslations.h>
 #include <doodle/support/DoodleWeak.h>
 #include <doodle/toolbar/BrushColorButton.h>
 #include <doodle/toolbar/BrushColorView.h>

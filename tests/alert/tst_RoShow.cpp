@@ -1,7 +1,9 @@
 // The host's alerts: found on the window, clicked, and heard through their callbacks.
 #include <doodle/alert/RoShow.h>
+#include <doodle/support/DoodleTranslations.h>
 
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
@@ -20,13 +22,15 @@ struct Screen
         window.show();
     }
     QDialog *alert() const { return window.findChild<QDialog *>(); }
-    // The buttons in the order they show.
-    QList<QPushButton *> buttons() const { return alert()->findChildren<QPushButton *>(); }
+    QDialogButtonBox *box() const { return alert()->findChild<QDialogButtonBox *>(); }
+    // The standard buttons' titles, Cancel first; none without buttons.
     QStringList titles() const
     {
         QStringList titles;
-        for (QPushButton *button : buttons())
-            titles << button->text();
+        for (auto which : {QDialogButtonBox::Cancel, QDialogButtonBox::Ok}) {
+            if (QPushButton *button = box() ? box()->button(which) : nullptr)
+                titles << button->text();
+        }
         return titles;
     }
 
@@ -44,19 +48,19 @@ private slots:
     void buttonsCloseTheAlertThenRunTheirCallback_data()
     {
         QTest::addColumn<QString>("kind");
-        QTest::addColumn<int>("click"); // the button's place: cancel first
+        QTest::addColumn<bool>("ok"); // else Cancel
         QTest::addColumn<QStringList>("heard");
-        QTest::newRow("confirm") << "two" << 1 << QStringList{"ensure closed"};
-        QTest::newRow("cancel") << "two" << 0 << QStringList{"cancel closed"};
-        QTest::newRow("text, confirm") << "text" << 1 << QStringList{"ensure hello"};
-        QTest::newRow("text, cancel") << "text" << 0 << QStringList{"cancel closed"};
-        QTest::newRow("confirm only") << "one" << 0 << QStringList{"ensure closed"};
-        QTest::newRow("no callbacks") << "none" << 1 << QStringList{};
+        QTest::newRow("confirm") << "two" << true << QStringList{"ensure closed"};
+        QTest::newRow("cancel") << "two" << false << QStringList{"cancel closed"};
+        QTest::newRow("text, confirm") << "text" << true << QStringList{"ensure hello"};
+        QTest::newRow("text, cancel") << "text" << false << QStringList{"cancel closed"};
+        QTest::newRow("confirm only") << "one" << true << QStringList{"ensure closed"};
+        QTest::newRow("no callbacks") << "none" << true << QStringList{};
     }
     void buttonsCloseTheAlertThenRunTheirCallback()
     {
         QFETCH(QString, kind);
-        QFETCH(int, click);
+        QFETCH(bool, ok);
         QFETCH(QStringList, heard);
         Screen s;
         QPointer<QDialog> shown;
@@ -77,15 +81,17 @@ private slots:
                 closed("cancel"));
         shown = s.alert();
         QVERIFY(shown && shown->isVisible());
+        // The platform's standard buttons, titled by Qt.
         const QStringList titles =
-            kind == QLatin1String("one") ? QStringList{"确定"} : QStringList{"取消", "确定"};
+            kind == QLatin1String("one") ? QStringList{"OK"} : QStringList{"Cancel", "OK"};
         QCOMPARE(s.titles(), titles);
         QCOMPARE(shown->findChild<QLabel *>()->text(), message);
         if (QLineEdit *field = shown->findChild<QLineEdit *>()) {
             QCOMPARE(field->placeholderText(), message);
             QTest::keyClicks(field, "hello");
         }
-        QTest::mouseClick(s.buttons().at(click), Qt::LeftButton);
+        QTest::mouseClick(s.box()->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel),
+                          Qt::LeftButton);
         QCOMPARE(s.heard, heard);
         QTRY_VERIFY(!shown); // and it is gone
     }
@@ -115,6 +121,20 @@ private slots:
         }
         QTRY_VERIFY(!shown);
         QCOMPARE(s.heard, time > 0 ? QStringList{"done"} : QStringList());
+    }
+
+    // The library's own translation titles the buttons as its specification
+    // does and translates its tool names; it is installed only on request.
+    void theShippedTranslationTitlesTheButtons()
+    {
+        QVERIFY(!DoodleTranslations::install(QLocale(QLocale::French)));
+        QVERIFY(DoodleTranslations::install(QLocale(QLocale::Chinese, QLocale::China)));
+        Screen s;
+        RoShow::showAlertWith(s.view, "?", RoShow::Callback(), RoShow::Callback());
+        QCOMPARE(s.titles(), QStringList({"取消", "确定"}));
+        QCOMPARE(QCoreApplication::translate("ZQDoodleToolbar", "Undo"), QString("撤销"));
+        DoodleTranslations::remove();
+        QCOMPARE(QCoreApplication::translate("ZQDoodleToolbar", "Undo"), QString("Undo"));
     }
 
     void theAlertGoesOnTheNearestWindowAboveTheView()

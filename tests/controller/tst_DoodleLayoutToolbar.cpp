@@ -4,6 +4,7 @@
 #include "../toolbar/ToolbarTesting.h"
 #include "BoardHarness.h"
 
+#include <QAccessible>
 #include <QDialog>
 #include <QtTest>
 
@@ -73,8 +74,8 @@ private slots:
         QCOMPARE(t.host.calls, QStringList({"restart", "generated 260", "pause"}));
         t.board.resetDoodleViewFrame(QRect(0, 0, 500, 300));
         QCOMPARE(t.places(), QList<QRect>({{16, 254, 468, 30}, {450, 200, 44, 44}}));
-        t.board.view()->resize(300, 400); // the host's own layout
-        QCOMPARE(t.places(), QList<QRect>({{16, 354, 268, 30}, {250, 300, 44, 44}}));
+        t.board.view()->resize(300, 400); // the host's own layout: too narrow for one row
+        QCOMPARE(t.places(), QList<QRect>({{16, 320, 223, 64}, {250, 300, 44, 44}}));
     }
 
     void toolsSetTheModeAndMarkTheirButton_data()
@@ -113,13 +114,14 @@ private slots:
         QTest::addColumn<qint64>("anchor"); // 0: none open
         QTest::addColumn<qint64>("pickerType");
         QTest::addColumn<int>("width");
-        QTest::newRow("colour") << QList<qint64>{2} << qint64(2) << qint64(0) << 220;
-        QTest::newRow("pen") << QList<qint64>{3} << qint64(3) << qint64(1) << 125;
-        QTest::newRow("eraser") << QList<qint64>{4} << qint64(4) << qint64(2) << 100;
-        QTest::newRow("text") << QList<qint64>{8} << qint64(8) << qint64(3) << 125;
+        // Ten colours of 32 points make the colour picker 320 wide.
+        QTest::newRow("colour") << QList<qint64>{2} << qint64(2) << qint64(0) << 320;
+        QTest::newRow("pen") << QList<qint64>{3} << qint64(3) << qint64(1) << 128;
+        QTest::newRow("eraser") << QList<qint64>{4} << qint64(4) << qint64(2) << 128;
+        QTest::newRow("text") << QList<qint64>{8} << qint64(8) << qint64(3) << 128;
         QTest::newRow("pen twice") << QList<qint64>{3, 3} << qint64(0) << qint64(0) << 0;
-        QTest::newRow("eraser, colour") << QList<qint64>{4, 2} << qint64(2) << qint64(0) << 220;
-        QTest::newRow("pen, oval") << QList<qint64>{3, 5} << qint64(3) << qint64(1) << 125;
+        QTest::newRow("eraser, colour") << QList<qint64>{4, 2} << qint64(2) << qint64(0) << 320;
+        QTest::newRow("pen, oval") << QList<qint64>{3, 5} << qint64(3) << qint64(1) << 128;
     }
     void pickersToggleAndOpenAboveTheirButton()
     {
@@ -134,11 +136,93 @@ private slots:
         QCOMPARE(open.size(), anchor ? 1 : 0);
         if (!anchor)
             return;
-        const int x = t.button(anchor)->mapTo(t.board.view(), QPoint()).x();
+        // Above its button, or moved left to stay clear of the floating button at 350.
+        const int x = qMin(t.button(anchor)->mapTo(t.board.view(), QPoint()).x(), 346 - width);
         QCOMPARE(open.first()->type(), pickerType);
         QCOMPARE(open.first()->geometry(), QRect(x, 454 - 9 - 32, width, 32));
         QTest::mousePress(t.board.view(), Qt::LeftButton, {}, {100, 100});
         QVERIFY(t.pickers().isEmpty()); // a touch beginning on the board closes it
+    }
+
+    void barAndPickersFitTheBoard_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<double>("scale");
+        for (const int width : {320, 390, 800})
+            for (const double scale : {1.0, 3.0})
+                QTest::addRow("%d, scale %g", width, scale) << width << scale;
+    }
+    void barAndPickersFitTheBoard()
+    {
+        QFETCH(int, width);
+        QFETCH(double, scale);
+        DoodleScreen::setScaleOverride(scale);
+        ToolBoard t;
+        t.click(DoodleToolbarButtonTypeColour); // open while the board changes size
+        t.board.resetDoodleViewFrame(QRect(0, 0, width, 700));
+        const QRect board(0, 0, width, 700), floating(width - 50, 600, 44, 44);
+        QCOMPARE(t.board.doodletoolButton()->geometry(), floating);
+        const auto fits = [&](QWidget *w, const QList<ZQDoodleButton *> &parts, double least) {
+            const QRect frame(w->mapTo(t.board.view(), QPoint()), w->size());
+            QVERIFY2(board.contains(frame) && !frame.intersects(floating),
+                     qPrintable(QString("%1 %2").arg(w->metaObject()->className()).arg(frame.x())));
+            for (qsizetype i = 0; i < parts.size(); ++i) { // apart, inside, big enough
+                const QRectF part = parts.at(i)->frame();
+                QVERIFY(QRectF(w->rect()).contains(part) && part.width() >= least);
+                if (i > 0)
+                    QVERIFY(!parts.at(i - 1)->frame().intersects(part));
+            }
+        };
+        fits(t.board.doodletoolbar(), t.board.doodletoolbar()->buttons(), 1);
+        QVERIFY(t.board.doodletoolbar()->buttonSpacing() >= 2); // not crowded
+        fits(t.pickers().value(0), t.pickers().value(0)->buttons(), 32);
+        for (const qint64 anchor : {3, 4, 8, 2}) {
+            t.click(anchor);
+            fits(t.pickers().value(0), t.pickers().value(0)->buttons(), 32);
+            // The specified place, above its button, wherever the board has room.
+            if (width == 800)
+                QCOMPARE(t.pickers().value(0)->x(),
+                         t.button(anchor)->mapTo(t.board.view(), QPoint()).x());
+        }
+    }
+
+    // The keyboard reaches every button and choice, Space and Enter press
+    // them, Escape closes a picker, and the chosen tool is checked for
+    // accessibility tools.
+    void theKeyboardDrivesTheBar()
+    {
+        ToolBoard t;
+        t.drag(); // something to undo and clear: their buttons take the focus too
+        QCoreApplication::processEvents();
+        QApplication::setActiveWindow(t.board.view());
+        QList<qint64> reached;
+        t.button(DoodleToolbarButtonTypeUndo)->setFocus(Qt::TabFocusReason);
+        for (int i = 0; i < 12; ++i) {
+            const auto *focused = qobject_cast<ZQDoodleButton *>(QApplication::focusWidget());
+            reached << (focused ? focused->type() : -1);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(reached, QList<qint64>({1, 9, 2, 3, 4, 5, 6, 7, 8, 10, 11, 0})); // 0: floating
+        ZQDoodleButton *eraser = t.button(DoodleToolbarButtonTypeEraser);
+        const QImage unfocused = rendered(eraser);
+        eraser->setFocus(Qt::TabFocusReason);
+        QVERIFY(rendered(eraser) != unfocused); // a ring shows where the keyboard is
+        QTest::keyClick(eraser, Qt::Key_Space);
+        QCOMPARE(t.board.actionMode(), qint64(2));
+        ZQDoodleButtonView *picker = t.pickers().value(0);
+        QCOMPARE(QApplication::focusWidget(), picker->buttons().at(0)); // the selected choice
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTRY_COMPARE(t.board.eraserSelectIndex(), qint64(1));
+        const auto checked = [](QWidget *w) {
+            const QAccessible::State state = QAccessible::queryAccessibleInterface(w)->state();
+            return state.checkable && state.checked;
+        };
+        QVERIFY(checked(picker->buttons().at(1)) && !checked(picker->buttons().at(0)));
+        QVERIFY(checked(eraser) && !checked(t.button(DoodleToolbarButtonTypeWidth)));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QVERIFY(t.pickers().isEmpty());
+        QCOMPARE(QApplication::focusWidget(), eraser);
     }
 
     void choicesReachTheToolStateAndTheNextPicker_data()

@@ -2,6 +2,9 @@
 // ten-colour picker with its forgiving touch targets, and the colour button.
 #include "ToolbarTesting.h"
 
+#include <QAccessible>
+#include <QAccessibleValueInterface>
+
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/toolbar/BrushColorButton.h>
 #include <doodle/toolbar/BrushColorView.h>
@@ -75,17 +78,47 @@ private slots:
         QVERIFY2(centre.red() > 200 && centre.green() < 40, qPrintable(centre.name()));
     }
 
-    void theEraserPreviewIsAnOutline()
+    // An outline, seen on the dark view even in black (a white ring outside it).
+    void theEraserPreviewIsAnOutlineThatShows()
     {
-        BrushLineView view(QRect(0, 0, 200, 44), QColor(), 20);
-        QCOMPARE(view.color(), QColor(Qt::white));
-        const QColor background = colourAt(rendered(&view), {100, 4});
-        view.setType(1);
-        QImage image = rendered(&view);
-        QCOMPARE(colourAt(image, {25, 22}), background);
-        QVERIFY(colourAt(image, {25.2, 12.5}).lightness() > 180); // the ring at the top
-        view.setType(0);
-        QCOMPARE(colourAt(rendered(&view), {25, 22}), QColor(Qt::white));
+        for (const QColor &given : {QColor(), QColor(Qt::black)}) {
+            BrushLineView view(QRect(0, 0, 200, 44), given, 20);
+            const QColor shown = given.isValid() ? given : QColor(Qt::white);
+            QCOMPARE(view.color(), shown);
+            const QColor background = colourAt(rendered(&view), {100, 4});
+            view.setType(1);
+            const QImage image = rendered(&view);
+            QCOMPARE(colourAt(image, {25, 22}), background);
+            int lightest = 0; // across the top edge of the disc (12 to 13) and just outside it
+            for (const double y : {10.5, 11.5, 12.5})
+                lightest = std::max(lightest, colourAt(image, {25.2, y}).lightness());
+            QVERIFY(lightest > 180);
+            view.setType(0);
+            QCOMPARE(colourAt(rendered(&view), {25, 22}), shown);
+        }
+    }
+
+    void theArrowKeysMoveTheSlider()
+    {
+        BrushLineView view(QRect(0, 0, 200, 44), Qt::red, 8);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        QWidget *slider = view.widthSlider();
+        QVERIFY(slider->focusPolicy() & Qt::TabFocus);
+        slider->setFocus(Qt::TabFocusReason);
+        const QList<std::pair<Qt::Key, double>> steps{{Qt::Key_Right, 9},     {Qt::Key_Down, 8},
+                                                      {Qt::Key_End, 22},      {Qt::Key_Up, 22},
+                                                      {Qt::Key_PageDown, 17}, {Qt::Key_Home, 2}};
+        for (const auto &[key, width] : steps) {
+            QTest::keyClick(slider, key);
+            QCOMPARE(view.getWidth(), width);
+            QCOMPARE(view.previewRect().size(), QSizeF(width, width));
+        }
+        // Screen readers see a slider, with its value, which they may set too.
+        QAccessibleInterface *reader = QAccessible::queryAccessibleInterface(slider);
+        QCOMPARE(reader->role(), QAccessible::Slider);
+        reader->valueInterface()->setCurrentValue(6.0f);
+        QCOMPARE(view.getWidth(), 6.0);
     }
 
     void swatchesSitInTwoRowsOfFive_data()

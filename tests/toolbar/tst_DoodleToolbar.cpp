@@ -160,6 +160,26 @@ private slots:
         QTRY_VERIFY(old.isNull());
     }
 
+    // The controller's way to show undo or clear unavailable: dimmed and deaf,
+    // also after a layout has built the buttons anew.
+    void aDisabledButtonIsDimmedAcrossLayouts()
+    {
+        ShownBar shown;
+        const auto lit = [](const QImage &image) {
+            return coverage(image, [](QRgb p) { return QColor::fromRgba(p).lightness() > 200; });
+        };
+        const double enabled = lit(rendered(shown.button(DoodleToolbarButtonTypeUndo)));
+        shown.bar->setButtonEnabled(DoodleToolbarButtonTypeUndo, false);
+        shown.bar->layoutSubviews();
+        ZQDoodleButton *undo = shown.button(DoodleToolbarButtonTypeUndo);
+        QVERIFY(!undo->isEnabled() && shown.button(DoodleToolbarButtonTypeClear)->isEnabled());
+        QVERIFY(lit(rendered(undo)) < enabled / 2);
+        tap(undo, Input::Mouse);
+        QVERIFY(shown.delegate.taps.isEmpty());
+        shown.bar->setButtonEnabled(DoodleToolbarButtonTypeUndo, true);
+        QVERIFY(undo->isEnabled());
+    }
+
     void theColourButtonShowsAColourDiscBehindItsIcon()
     {
         ShownBar shown;

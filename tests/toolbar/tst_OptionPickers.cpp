@@ -9,8 +9,6 @@
 
 namespace {
 
-const QColor kRed = QColor::fromRgbF(1, 0, 0, 1);
-
 struct Choice
 {
     ZQDoodleButtonView *picker;
@@ -59,34 +57,51 @@ private slots:
     void init() { DoodleScreen::setScaleOverride(1); }
     void cleanup() { DoodleScreen::setScaleOverride(0); }
 
-    void choicesSitCentredOnThePitchOfTheLargest_data()
+    // Each choice takes taps in a cell of 32 points, its dot drawn at its own
+    // size in the middle; the cells sit centred in one row, or in two when
+    // the picker is two rows high.
+    void choicesSitInCellsAFingerHits_data()
     {
         QTest::addColumn<qint64>("type");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<QList<double>>("xs");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QList<QPointF>>("cells"); // top left of the first, the second, the last
         QTest::addColumn<QList<double>>("sides");
-        QTest::newRow("colours") << qint64(ZQDoodleButtonViewTypeColour) << 220
-                                 << QList<double>({4, 26, 48, 70, 92, 114, 136, 158, 180, 202})
+        QTest::newRow("colours") << qint64(ZQDoodleButtonViewTypeColour) << QSize(320, 32)
+                                 << QList<QPointF>({{0, 0}, {32, 0}, {288, 0}})
                                  << QList<double>(10, 14);
+        QTest::newRow("colours, two rows")
+            << qint64(ZQDoodleButtonViewTypeColour) << QSize(170, 64)
+            << QList<QPointF>({{5, 0}, {37, 0}, {133, 32}}) << QList<double>(10, 14);
+        // Narrower than it asks for: the specified step, the dots where they were.
+        QTest::newRow("colours, 220 wide")
+            << qint64(ZQDoodleButtonViewTypeColour) << QSize(220, 32)
+            << QList<QPointF>({{0, 0}, {22, 0}, {198, 0}}) << QList<double>(10, 14);
         QTest::newRow("brush widths")
-            << qint64(ZQDoodleButtonViewTypeBrushWidth) << 125 << QList<double>({23, 44, 65, 86})
-            << QList<double>({10, 12, 14, 16});
+            << qint64(ZQDoodleButtonViewTypeBrushWidth) << QSize(128, 32)
+            << QList<QPointF>({{0, 0}, {32, 0}, {96, 0}}) << QList<double>({10, 12, 14, 16});
         QTest::newRow("text sizes")
-            << qint64(ZQDoodleButtonViewTypeTextSize) << 125 << QList<double>({19, 42, 65, 88})
-            << QList<double>({12, 14, 16, 18});
+            << qint64(ZQDoodleButtonViewTypeTextSize) << QSize(140, 32)
+            << QList<QPointF>({{6, 0}, {38, 0}, {102, 0}}) << QList<double>({12, 14, 16, 18});
     }
-    void choicesSitCentredOnThePitchOfTheLargest()
+    void choicesSitInCellsAFingerHits()
     {
         QFETCH(qint64, type);
-        QFETCH(int, width);
-        QFETCH(QList<double>, xs);
+        QFETCH(QSize, size);
+        QFETCH(QList<QPointF>, cells);
         QFETCH(QList<double>, sides);
-        ShownPicker shown(type, width);
-        QCOMPARE(shown.picker->buttons().size(), xs.size());
-        for (int i = 0; i < xs.size(); ++i) // centred on the picker's middle line
-            QCOMPARE(shown.choice(i)->frame(),
-                     QRectF(xs.at(i), 16 - sides.at(i) / 2, sides.at(i), sides.at(i)));
-        QCOMPARE(shown.picker->buttonSize(), QSizeF(sides.last(), sides.last()));
+        ShownPicker shown(type, size.width());
+        shown.picker->resize(size);
+        const QList<ZQDoodleButton *> choices = shown.picker->buttons();
+        QCOMPARE(choices.size(), sides.size());
+        const QList<ZQDoodleButton *> probed{choices.at(0), choices.at(1), choices.last()};
+        const double pitch = cells.at(1).x() - cells.at(0).x();
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(probed.at(i)->frame(), QRectF(cells.at(i), QSizeF(pitch, 32)));
+        for (int i = 0; i < choices.size(); ++i) {
+            const QRectF dot = choices.at(i)->tileRect();
+            QCOMPARE(dot.size(), QSizeF(sides.at(i), sides.at(i)));
+            QCOMPARE(dot.center(), QPointF(pitch / 2, 16));
+        }
         QCOMPARE(shown.picker->cornerRadius(), 16.0);
     }
 
@@ -110,7 +125,7 @@ private slots:
         QFETCH(Input, input);
         QFETCH(QList<double>, values);
         DoodleScreen::setScaleOverride(scale);
-        ShownPicker shown(type, 125, 1);
+        ShownPicker shown(type, 140, 1); // 128 of choices, 6 to spare at each end
         QCOMPARE(shown.picker->getWidth(), 0.0);
         for (const int index : {3, 0, 2}) {
             tap(shown.choice(index), input);
@@ -118,8 +133,8 @@ private slots:
             QCOMPARE(shown.picker->selectIndex(), index);
         }
         tap(shown.choice(2), input); // already selected: nothing
-        // Nor between two choices, and the board below never hears of a tap.
-        const QPoint gap((shown.choice(0)->geometry().right() + shown.choice(1)->x()) / 2, 16);
+        // Nor beside the choices, and the board below never hears of a tap.
+        const QPoint gap(2, 16);
         QWidget *under = shown.picker->childAt(gap);
         QVERIFY(under && !shown.picker->buttons().contains(under));
         tap(under, input, under->mapFrom(shown.picker, gap));
@@ -132,39 +147,42 @@ private slots:
         QCOMPARE(shown.delegate.choices.at(1).index, 0);
     }
 
-    void theSelectedChoiceIsMarkedByItsBorder_data()
+    // Every dot's outline shows on the dark pill, and a ring outside the
+    // selected one, with a gap of the pill between, marks it whatever its colour.
+    void theDotsAndTheMarkShowOnThePill_data()
     {
         QTest::addColumn<qint64>("type");
-        QTest::addColumn<QColor>("other");
-        QTest::addColumn<QColor>("otherAfterAChoice");
-        QTest::addColumn<QColor>("selected");
-        QTest::addColumn<double>("borderWidth");
-        QTest::newRow("colours") << qint64(0) << QColor(Qt::white) << QColor(Qt::white) << kRed
-                                 << 1.0;
-        QTest::newRow("brush widths")
-            << qint64(1) << QColor(Qt::white) << QColor(Qt::white) << kRed << 0.5;
-        // Eraser dots start light grey and turn white at the first choice.
-        QTest::newRow("eraser widths")
-            << qint64(2) << QColor::fromRgbF(2 / 3.0f, 2 / 3.0f, 2 / 3.0f) << QColor(Qt::white)
-            << kRed << 1.0;
-        QTest::newRow("text sizes") << qint64(3) << QColor(Qt::transparent)
-                                    << QColor(Qt::transparent) << QColor(Qt::white) << 1.0;
+        QTest::addColumn<QColor>("brush");
+        QTest::addColumn<int>("selected");
+        QTest::newRow("colours, black chosen") << qint64(0) << QColor(Qt::blue) << 0;
+        QTest::newRow("colours, white chosen") << qint64(0) << QColor(Qt::blue) << 1;
+        QTest::newRow("widths, black brush") << qint64(1) << QColor(Qt::black) << 0;
+        QTest::newRow("widths, white brush") << qint64(1) << QColor(Qt::white) << 2;
+        QTest::newRow("eraser widths") << qint64(2) << QColor(Qt::blue) << 3;
     }
-    void theSelectedChoiceIsMarkedByItsBorder()
+    void theDotsAndTheMarkShowOnThePill()
     {
         QFETCH(qint64, type);
-        QFETCH(QColor, other);
-        QFETCH(QColor, otherAfterAChoice);
-        QFETCH(QColor, selected);
-        QFETCH(double, borderWidth);
-        ShownPicker shown(type, 220, 1);
-        QCOMPARE(shown.choice(1)->borderColor(), selected);
-        QCOMPARE(shown.choice(2)->borderColor(), other);
-        QCOMPARE(shown.choice(0)->borderWidth(), borderWidth);
-        tap(shown.choice(3), Input::Mouse);
-        QCOMPARE(shown.choice(3)->borderColor(), selected);
-        QCOMPARE(shown.choice(1)->borderColor(), otherAfterAChoice);
-        QCOMPARE(shown.choice(2)->borderColor(), otherAfterAChoice);
+        QFETCH(QColor, brush);
+        QFETCH(int, selected);
+        ShownPicker shown(type, type == 0 ? 320 : 128, selected, brush);
+        for (const int chosen : {selected, (selected + 1) % 4}) { // the mark moves with a tap
+            tap(shown.choice(chosen), Input::Mouse);
+            const QImage image = rendered(shown.picker);
+            const QColor pill = colourAt(image, {32, 3});
+            const auto differs = [&](const QPointF &at) {
+                const QColor c = colourAt(image, at);
+                return std::max({qAbs(c.red() - pill.red()), qAbs(c.green() - pill.green()),
+                                 qAbs(c.blue() - pill.blue())});
+            };
+            for (int i = 0; i < shown.picker->buttons().size(); ++i) {
+                const QPointF centre = shown.choice(i)->frame().center();
+                const double half = shown.choice(i)->tileRect().width() / 2;
+                QVERIFY2(differs(centre + QPointF(half - 0.5, 0)) > 150, "outline");
+                QCOMPARE(differs(centre + QPointF(half + 3, 0)) > 150, i == chosen);
+                QVERIFY2(differs(centre + QPointF(half + 1, 0)) < 60, "gap");
+            }
+        }
     }
 
     void choicesAreDrawnInTheirColours()

@@ -1,12 +1,11 @@
 #include "RoShow.h"
 
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QEvent>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
-#include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -37,10 +36,20 @@ private:
     QPointer<QWidget> m_view;
 };
 
+// The platform's standard buttons are titled by Qt (these contexts). The
+// library's own translations carry them too, so that a host that installs only
+// the library's translation still gets buttons in the alert's language.
+[[maybe_unused]] const char *const kStandardTitles[] = {
+    QT_TRANSLATE_NOOP("QPlatformTheme", "OK"),
+    QT_TRANSLATE_NOOP("QPlatformTheme", "Cancel"),
+    QT_TRANSLATE_NOOP("QGnomeTheme", "&OK"),
+    QT_TRANSLATE_NOOP("QGnomeTheme", "&Cancel"),
+};
+
 // An alert on the window that holds `view`: the message, room for a text
-// field, and a row for the buttons. It deletes itself once closed. None when
-// no window holds the view.
-QDialog *makeAlert(QWidget *view, const QString &message, QHBoxLayout **buttonRow)
+// field, and the platform's standard buttons. It deletes itself once closed.
+// None when no window holds the view.
+QDialog *makeAlert(QWidget *view, const QString &message, QDialogButtonBox::StandardButtons buttons)
 {
     QWidget *window = RoShow::viewControllerWithView(view);
     if (!window)
@@ -54,27 +63,21 @@ QDialog *makeAlert(QWidget *view, const QString &message, QHBoxLayout **buttonRo
     // Wide enough for a sentence on a line; a wrapped label would shrink to its longest word.
     label->setMinimumWidth(label->fontMetrics().averageCharWidth() * 32);
     column->addWidget(label);
-    *buttonRow = new QHBoxLayout;
-    column->addLayout(*buttonRow);
+    if (buttons != QDialogButtonBox::NoButton) {
+        // Cancel rejects the alert (as Escape does), OK accepts it; the
+        // platform decides their order and titles.
+        auto *box = new QDialogButtonBox(buttons, dialog);
+        QObject::connect(box, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
+        QObject::connect(box, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+        column->addWidget(box);
+    }
     QObject::connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
     dialog->installEventFilter(new CentreOverView(dialog, view));
     return dialog;
 }
 
-// Cancel rejects the alert (as Escape does), confirm accepts it.
-void addButtons(QDialog *dialog, QHBoxLayout *row, bool withCancel)
-{
-    if (withCancel) {
-        auto *cancel = new QPushButton(QStringLiteral("取消"), dialog);
-        cancel->setAutoDefault(false);
-        QObject::connect(cancel, &QPushButton::clicked, dialog, &QDialog::reject);
-        row->addWidget(cancel);
-    }
-    auto *confirm = new QPushButton(QStringLiteral("确定"), dialog);
-    confirm->setDefault(true);
-    QObject::connect(confirm, &QPushButton::clicked, dialog, &QDialog::accept);
-    row->addWidget(confirm);
-}
+constexpr QDialogButtonBox::StandardButtons kOkCancel =
+    QDialogButtonBox::Ok | QDialogButtonBox::Cancel;
 
 // Runs `accepted` or `rejected` once the alert has closed, by the result it closed with.
 void onClose(QDialog *dialog, const RoShow::Callback &accepted, const RoShow::Callback &rejected)
@@ -102,11 +105,9 @@ std::chrono::milliseconds delayOf(double seconds)
 void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &ensure,
                            const Callback &cancel)
 {
-    QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(view, title, &row);
+    QDialog *dialog = makeAlert(view, title, kOkCancel);
     if (!dialog)
         return;
-    addButtons(dialog, row, true);
     onClose(dialog, ensure, cancel);
     dialog->open();
 }
@@ -114,14 +115,12 @@ void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &
 void RoShow::showAlertWith(QWidget *view, const QString &placeHolder, const TextCallback &ensure,
                            const Callback &cancel)
 {
-    QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(view, placeHolder, &row);
+    QDialog *dialog = makeAlert(view, placeHolder, kOkCancel);
     if (!dialog)
         return;
     auto *field = new QLineEdit(dialog);
     field->setPlaceholderText(placeHolder);
     static_cast<QVBoxLayout *>(dialog->layout())->insertWidget(1, field);
-    addButtons(dialog, row, true);
     const Callback confirmed = [field, ensure] {
         if (ensure)
             ensure(field->text());
@@ -133,11 +132,9 @@ void RoShow::showAlertWith(QWidget *view, const QString &placeHolder, const Text
 
 void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &ensure)
 {
-    QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(view, title, &row);
+    QDialog *dialog = makeAlert(view, title, QDialogButtonBox::Ok);
     if (!dialog)
         return;
-    addButtons(dialog, row, false);
     onClose(dialog, ensure, Callback());
     dialog->open();
 }
@@ -145,8 +142,7 @@ void RoShow::showAlertWith(QWidget *view, const QString &title, const Callback &
 void RoShow::showAlertWith(QWidget *view, const QString &title, double timeInterval,
                            const Callback &completion)
 {
-    QHBoxLayout *row = nullptr;
-    QDialog *dialog = makeAlert(view, title, &row);
+    QDialog *dialog = makeAlert(view, title, QDialogButtonBox::NoButton);
     if (!dialog)
         return;
     dialog->open();

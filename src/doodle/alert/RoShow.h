@@ -11,9 +11,10 @@ class QWidget;
 // Alerts shown on behalf of a host over the window that holds a given view,
 // centred over that view:
 // a message with a confirmation, a one-line text prompt, a message with one
-// button and a message that closes itself. The buttons are titled "取消"
-// (cancel) and "确定" (confirm), cancel first; a button closes the alert and
-// then runs its callback, if one was given. An alert does not block: each
+// button and a message that closes itself. The buttons are the platform's
+// standard Cancel and OK, in the platform's order and titled in the
+// application's language (see DoodleTranslations); a button closes the alert
+// and then runs its callback, if one was given. An alert does not block: each
 // call returns at once and the callbacks run later. A view that no window
 // holds shows nothing and no callback ever runs.
 class DOODLE_EXPORT RoShow

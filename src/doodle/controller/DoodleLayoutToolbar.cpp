@@ -13,8 +13,10 @@
 #include <QEvent>
 #include <QGraphicsDropShadowEffect>
 #include <QIcon>
+#include <QKeyEvent>
 #include <QPixmap>
 
+#include <algorithm>
 #include <limits>
 
 // One of the four option pickers: the field that holds it while open, the
@@ -50,6 +52,8 @@ constexpr int kBarMargin = 16;
 constexpr int kBarHeight = 30;
 constexpr int kPickerHeight = 32;
 constexpr int kPickerGap = 9;
+// Pickers keep this far left of the floating button (and its shadow).
+constexpr int kClearOfToolButton = 4;
 
 // The tool-bar button shown selected for an action mode; 0 for none. Note
 // the crosswise pair: the rectangle tool (3) marks the "rect" button (6) and
@@ -72,6 +76,77 @@ qint64 markedButtonType(qint64 mode)
     default:
         return 0;
     }
+}
+
+// Keeps a picker inside the board, above the bar and left of the floating
+// button: wider or in more rows where its choices need the room, moved left
+// where it would not fit.
+void fitPicker(ZQDoodleButtonView *view, const QWidget *bar, const QWidget *toolButton)
+{
+    const int bottom = bar->y() - kPickerGap;
+    const int right = std::min(view->parentWidget()->width(), toolButton->x() - kClearOfToolButton);
+    const int left = std::min(kBarMargin, std::max(0, right - kPickerHeight));
+    const QSize size = view->fittingSize(right - left);
+    const int x = std::max(left, std::min(view->x(), right - size.width()));
+    view->setGeometry(x, std::max(0, bottom - size.height()), size.width(), size.height());
+}
+
+// The last button of `type` on the bar, or none.
+ZQDoodleButton *anchorOf(ZQDoodleToolbar *bar, qint64 type)
+{
+    ZQDoodleButton *anchor = nullptr;
+    for (ZQDoodleButton *button : bar->buttons())
+        anchor = button->type() == type ? button : anchor;
+    return anchor;
+}
+
+// Escape, pressed in an open picker or on the bar, closes the picker and
+// gives the keyboard back to the button that opened it.
+class DoodlePickerEscape : public QObject
+{
+public:
+    DoodlePickerEscape(DoodleLayoutPrivate *d, const DoodlePicker &picker, ZQDoodleButton *anchor,
+                       QObject *parent)
+        : QObject(parent), m_d(d), m_picker(picker), m_anchor(anchor)
+    {}
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() != QEvent::KeyPress ||
+            static_cast<QKeyEvent *>(event)->key() != Qt::Key_Escape)
+            return false;
+        QPointer<ZQDoodleButton> anchor = m_anchor;
+        m_d->closePicker(m_picker); // deletes this filter later
+        if (anchor)
+            anchor->setFocus(Qt::OtherFocusReason);
+        return true;
+    }
+
+private:
+    DoodleLayoutPrivate *m_d;
+    const DoodlePicker &m_picker;
+    QPointer<ZQDoodleButton> m_anchor;
+};
+
+// Puts the picker's choices in the keyboard's path right after the button
+// that opened it, hands them the focus when that button had it, and lets
+// Escape close the picker.
+void linkPickerKeys(DoodleLayoutPrivate *d, const DoodlePicker &picker, ZQDoodleButtonView *view,
+                    ZQDoodleButton *anchor)
+{
+    auto *escape = new DoodlePickerEscape(d, picker, anchor, view);
+    view->installEventFilter(escape);
+    if (!anchor)
+        return;
+    anchor->parentWidget()->installEventFilter(escape);
+    QWidget *previous = anchor;
+    ZQDoodleButton *selected = nullptr;
+    for (ZQDoodleButton *choice : view->buttons()) {
+        QWidget::setTabOrder(previous, choice);
+        previous = choice;
+        selected = choice->isSelected() ? choice : selected;
+    }
+    if (anchor->hasFocus() && !view->buttons().isEmpty())
+        (selected ? selected : view->buttons().constFirst())->setFocus(Qt::TabFocusReason);
 }
 
 // Takes the presses that land on the bar between its buttons, so that no
@@ -149,9 +224,12 @@ ZQDoodleToolbar *DoodleLayout::doodletoolbar()
 
 void DoodleLayoutPrivate::styleToolBar()
 {
+    // One row across the board; two narrower rows, clear of the floating
+    // button, where one row would crowd its buttons.
     const QSize size = q->view()->size();
-    m_doodletoolbar->setGeometry(kBarMargin, size.height() - kBarHeight - kBarMargin,
-                                 size.width() - 2 * kBarMargin, kBarHeight);
+    const QSize bar = m_doodletoolbar->sizeThatFits(size.width() - 2 * kBarMargin).toSize();
+    m_doodletoolbar->setGeometry(kBarMargin, size.height() - bar.height() - kBarMargin, bar.width(),
+                                 bar.height());
     m_doodletoolbar->setCornerRadius(4.0);
     m_doodletoolbar->setBackgroundColor(
         QColor::fromRgbF(30 / 255.0f, 30 / 255.0f, 30 / 255.0f, double(0.4f)));
@@ -165,8 +243,7 @@ ZQDoodleButton *DoodleLayout::doodletoolButton()
         auto *button = new ZQDoodleButton;
         d->m_doodletoolButton = button;
         button->setNormalImage(bundleImage(QStringLiteral("doodle")));
-        button->setFocusPolicy(Qt::NoFocus);
-        button->setAccessibleName(tr("Tools"));
+        button->setAccessibleName(tr("Tools")); // Tab reaches it, as the bar's buttons
         button->setToolTip(tr("Show or hide the tools"));
         connect(button, &ZQDoodleButton::clicked, this, &DoodleLayout::showToolBar);
         auto *shadow = new QGraphicsDropShadowEffect(button);
@@ -183,6 +260,11 @@ void DoodleLayoutPrivate::placeToolButton()
 {
     const QSize size = q->view()->size();
     m_doodletoolButton->setGeometry(size.width() - 50, size.height() - 100, 44, 44);
+    // An open picker follows the board's new size.
+    for (const DoodlePicker *picker : kPickers) {
+        if (ZQDoodleButtonView *open = this->*picker->field; open && m_doodletoolbar)
+            fitPicker(open, m_doodletoolbar, m_doodletoolButton);
+    }
 }
 
 void DoodleLayoutPrivate::addToolBarToView()
@@ -295,9 +377,11 @@ void DoodleLayoutPrivate::openPicker(const DoodlePicker &picker)
                                this->*picker.selectIndex, picker.pickerType, m_brushColor, board);
     view->setDelegate(q);
     view->setBackgroundColor(QColor::fromRgbF(0, 0, 0, double(0.9f)));
+    fitPicker(view, bar, q->doodletoolButton());
     view->show();
     view->raise();
     this->*picker.field = view;
+    linkPickerKeys(this, picker, view, anchorOf(bar, picker.anchorType));
 }
 
 void DoodleLayoutPrivate::closePicker(const DoodlePicker &picker)

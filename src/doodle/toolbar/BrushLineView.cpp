@@ -7,10 +7,30 @@
 
 #include <QPainter>
 
+#include <algorithm>
+#include <cmath>
+
 namespace {
 constexpr float kMinimumWidth = 2.0f;
 constexpr float kMaximumWidth = 22.0f;
 constexpr double kThumbSide = 28.0;
+
+// WCAG's relative luminance of an sRGB colour.
+double luminance(const QColor &colour)
+{
+    const auto linear = [](double c) {
+        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+// Whether `colour` stands out from `background` at WCAG's ratio for graphics, 3:1.
+bool standsOut(const QColor &colour, const QColor &background)
+{
+    const double a = luminance(colour), b = luminance(background);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05) >= 3.0;
+}
 } // namespace
 
 BrushLineView::BrushLineView(const QRect &frame, const QColor &color, double width, QWidget *parent)
@@ -84,6 +104,12 @@ void BrushLineView::paintEvent(QPaintEvent *event)
     ZQDoodleRoundedView::paintEvent(event);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    if (!standsOut(m_color, backgroundColor())) {
+        // A dark colour on the dark view: a white ring just outside shows the size.
+        painter.setPen(QPen(Qt::white, 1.0));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawEllipse(m_preview.adjusted(-1.5, -1.5, 1.5, 1.5));
+    }
     if (m_outline) {
         // The border lies inside the disc's bounds.
         painter.setPen(QPen(m_color, 1.0));

@@ -2,19 +2,60 @@
 
 #include "DoodlePointer_p.h"
 
+#include <QAccessible>
+#include <QAccessibleValueInterface>
+#include <QAccessibleWidget>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QPainter>
 
 #include <algorithm>
 
 namespace {
 constexpr double kTrackHeight = 2.0;
+
+// What screen readers see of the slider: a slider with a value, which they
+// may also set.
+class BrushWidthSliderAccessible : public QAccessibleWidget, public QAccessibleValueInterface
+{
+public:
+    explicit BrushWidthSliderAccessible(BrushWidthSlider *slider)
+        : QAccessibleWidget(slider, QAccessible::Slider)
+    {}
+    void *interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::ValueInterface)
+            return static_cast<QAccessibleValueInterface *>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+    QVariant currentValue() const override { return slider()->value(); }
+    void setCurrentValue(const QVariant &value) override { slider()->moveToValue(value.toFloat()); }
+    QVariant maximumValue() const override { return slider()->maximum(); }
+    QVariant minimumValue() const override { return slider()->minimum(); }
+    QVariant minimumStepSize() const override { return 1.0f; }
+
+private:
+    BrushWidthSlider *slider() const { return static_cast<BrushWidthSlider *>(widget()); }
+};
+
+QAccessibleInterface *accessibleSlider(const QString &className, QObject *object)
+{
+    if (className == QLatin1String("BrushWidthSlider") && object && object->isWidgetType())
+        return new BrushWidthSliderAccessible(static_cast<BrushWidthSlider *>(object));
+    return nullptr;
 }
+} // namespace
 
 BrushWidthSlider::BrushWidthSlider(QWidget *parent) : QWidget(parent)
 {
     setAttribute(Qt::WA_AcceptTouchEvents);
+    setFocusPolicy(Qt::TabFocus);
     setAccessibleName(tr("Width"));
+    static const bool registered = [] {
+        QAccessible::installFactory(accessibleSlider);
+        return true;
+    }();
+    Q_UNUSED(registered)
 }
 
 void BrushWidthSlider::setRange(float minimum, float maximum)
@@ -56,6 +97,50 @@ double BrushWidthSlider::positionOf(float value) const
     return thumbWidth() * 0.5 + travel * fraction;
 }
 
+void BrushWidthSlider::keyPressEvent(QKeyEvent *event)
+{
+    // The arrows move by a point, Page Up and Down by five, Home and End to the ends.
+    const float range = m_maximum - m_minimum;
+    float target = m_value;
+    switch (event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Down:
+        target -= 1.0f;
+        break;
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+        target += 1.0f;
+        break;
+    case Qt::Key_PageDown:
+        target -= range / 4.0f;
+        break;
+    case Qt::Key_PageUp:
+        target += range / 4.0f;
+        break;
+    case Qt::Key_Home:
+        target = m_minimum;
+        break;
+    case Qt::Key_End:
+        target = m_maximum;
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    moveToValue(target);
+}
+
+void BrushWidthSlider::moveToValue(float value)
+{
+    const float before = m_value;
+    setValue(value);
+    if (m_value == before)
+        return;
+    QAccessibleValueChangeEvent change(this, m_value);
+    QAccessible::updateAccessibility(&change);
+    emit valueChanged(m_value);
+}
+
 void BrushWidthSlider::moveTo(double x)
 {
     const double travel = width() - thumbWidth();
@@ -63,10 +148,7 @@ void BrushWidthSlider::moveTo(double x)
         travel > 0 ? std::clamp((x - thumbWidth() * 0.5) / travel, 0.0, 1.0) : 0.0;
     const float value =
         float(double(m_minimum) + fraction * (double(m_maximum) - double(m_minimum)));
-    if (value == m_value)
-        return;
-    setValue(value);
-    emit valueChanged(m_value);
+    moveToValue(value);
 }
 
 bool BrushWidthSlider::event(QEvent *event)
@@ -113,4 +195,9 @@ void BrushWidthSlider::paintEvent(QPaintEvent *)
     QRectF thumb(QPointF(), m_thumb.deviceIndependentSize());
     thumb.moveCenter(QPointF(thumbX, height() * 0.5));
     painter.drawImage(thumb, m_thumb);
+    if (hasFocus()) { // the keyboard's ring around the thumb
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2.0));
+        painter.drawEllipse(thumb.adjusted(-2, -2, 2, 2));
+    }
 }

@@ -7,7 +7,7 @@
 // The width slider of a BrushLineView: a float value between a minimum and a
 // maximum, a thin track (one colour left of the thumb, another right of it)
 // and a thumb image. Pressing anywhere on it moves the thumb there; dragging
-// reports every change.
+// reports every change. Tab reaches it, and the arrow keys move it.
 class BrushWidthSlider : public QWidget
 {
     Q_OBJECT
@@ -20,6 +20,8 @@ public:
     float value() const { return m_value; }
     // Clamped to the range; reports nothing.
     void setValue(float value);
+    // Clamped to the range; a change is reported as the user's.
+    void moveToValue(float value);
     void setThumbImage(const QImage &image);
     void setTrackColors(const QColor &minimumSide, const QColor &maximumSide);
     // Where the thumb's centre is for `value`, in the slider's coordinates.
@@ -31,6 +33,7 @@ signals:
 
 protected:
     bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

@@ -3,6 +3,7 @@
 #include "DoodlePointer_p.h"
 #include "ZQDoodleButton_p.h"
 
+#include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -71,6 +72,8 @@ bool ZQDoodleButton::isSelected() const
 void ZQDoodleButton::setSelected(bool selected)
 {
     d->selected = selected;
+    if (isCheckable())
+        setChecked(selected);
     update();
 }
 
@@ -179,16 +182,94 @@ void ZQDoodleButton::setTitleColor(const QColor &color)
     update();
 }
 
+QSizeF ZQDoodleButton::tileSize() const
+{
+    return d->tileSize;
+}
+
+void ZQDoodleButton::setTileSize(const QSizeF &size)
+{
+    d->tileSize = size;
+    update();
+}
+
+QRectF ZQDoodleButton::tileRect() const
+{
+    const QRectF bounds(rect());
+    if (d->tileSize.isEmpty())
+        return bounds;
+    QRectF tile(QPointF(), d->tileSize);
+    tile.moveCenter(bounds.center());
+    return tile;
+}
+
+QColor ZQDoodleButton::markColor() const
+{
+    return d->markColor;
+}
+
+void ZQDoodleButton::setMarkColor(const QColor &color)
+{
+    d->markColor = color;
+    update();
+}
+
 bool ZQDoodleButton::event(QEvent *event)
 {
     return DoodlePointer::handleTap(this, event) || QAbstractButton::event(event);
+}
+
+void ZQDoodleButton::keyPressEvent(QKeyEvent *event)
+{
+    // Space is the button's own key; Enter presses it as well.
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+        event->modifiers() == Qt::NoModifier) {
+        animateClick();
+        return;
+    }
+    QAbstractButton::keyPressEvent(event);
+}
+
+void ZQDoodleButton::nextCheckState()
+{
+    // The selection is the owner's to set, never a tap's.
 }
 
 void ZQDoodleButton::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-    const QRectF bounds(rect());
+    // Unavailable: everything at a third of its strength.
+    if (!isEnabled())
+        painter.setOpacity(0.3);
+    paintTile(painter);
+    if (paints(d->markColor)) {
+        const QRectF tile = tileRect();
+        const double inset = -3.0; // a 2-point gap, then a 2-point ring
+        painter.setPen(QPen(d->markColor, 2.0));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPath(
+            roundedShape(tile.adjusted(inset, inset, -inset, -inset), d->cornerRadius - inset));
+    }
+    if (hasFocus())
+        paintFocusRing(painter);
+}
+
+void ZQDoodleButton::paintFocusRing(QPainter &painter) const
+{
+    // The highlight colour with a white line inside it, seen on light and dark alike.
+    const QRectF bounds = QRectF(rect()).adjusted(1, 1, -1, -1);
+    painter.setOpacity(1.0);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2.0));
+    painter.drawRoundedRect(bounds, 4, 4);
+    painter.setPen(QPen(Qt::white, 1.0));
+    painter.drawRoundedRect(bounds.adjusted(1.5, 1.5, -1.5, -1.5), 3, 3);
+}
+
+void ZQDoodleButton::paintTile(QPainter &painter) const
+{
+    const QRectF bounds = tileRect();
     const QPainterPath shape = roundedShape(bounds, d->cornerRadius);
     if (paints(d->backgroundColor))
         painter.fillPath(shape, d->backgroundColor);
@@ -198,8 +279,6 @@ void ZQDoodleButton::paintEvent(QPaintEvent *)
     // A pressed button dims its content, as a finger on it would expect.
     if (isDown())
         painter.setOpacity(0.5);
-    else if (!isEnabled())
-        painter.setOpacity(0.3); // unavailable: nothing to take back or clear
     const QImage image = currentImage();
     if (!image.isNull())
         painter.drawImage(fittedRect(image, bounds), image);

@@ -6,6 +6,8 @@
 
 #include <doodle/support/DoodleBundle_p.h>
 
+#include <algorithm>
+
 namespace {
 
 // The look of one choice: a square of `side` points with round ends.
@@ -27,7 +29,8 @@ ChoiceStyle choiceStyle(qint64 type, int index, bool selected, const QColor &ent
     case ZQDoodleButtonViewTypeColour:
         return {14, entryColour, selected ? red : QColor(Qt::white), 1.0};
     case ZQDoodleButtonViewTypeBrushWidth:
-        return {10.0 + 2 * index, brushColor, selected ? red : QColor(Qt::white), 0.5};
+        // A full point of white around the dot: a dark brush still shows on the dark pill.
+        return {10.0 + 2 * index, brushColor, selected ? red : QColor(Qt::white), 1.0};
     case ZQDoodleButtonViewTypeEraserWidth:
         return {10.0 + 2 * index, Qt::white, selected ? red : kLightGrey, 1.0};
     default: // text size
@@ -39,6 +42,24 @@ ChoiceStyle choiceStyle(qint64 type, int index, bool selected, const QColor &ent
 bool isPickerType(qint64 type)
 {
     return type >= ZQDoodleButtonViewTypeColour && type <= ZQDoodleButtonViewTypeTextSize;
+}
+
+// Every choice takes taps in a cell at least this many points on each side.
+constexpr double kLeastTarget = 32.0;
+// The selected choice's ring, outside its dot: white shows on the dark pill
+// and, with the gap between, around a dot of any colour. A text size's own
+// white border already shows on the pill; it needs none.
+QColor markFor(qint64 type)
+{
+    return type == ZQDoodleButtonViewTypeTextSize ? QColor() : QColor(Qt::white);
+}
+
+// Columns and rows of `count` cells `pitch` wide within `width` points.
+QSize gridFor(qsizetype count, double pitch, double width)
+{
+    const int fit = std::max(1, int(width / pitch));
+    const int rows = int((count + fit - 1) / fit);
+    return QSize(int((count + rows - 1) / std::max(rows, 1)), rows);
 }
 
 } // namespace
@@ -154,6 +175,7 @@ void ZQDoodleButtonView::initView()
     // A tile under the choices that takes the taps between them, so they do
     // not reach the board.
     auto *background = new ZQDoodleButton(this);
+    d->background = background;
     background->setFrame(QRectF(rect()));
     background->setText(QStringLiteral(""));
     background->setFocusPolicy(Qt::NoFocus);
@@ -162,7 +184,7 @@ void ZQDoodleButtonView::initView()
         return;
     loadTable();
     d->buttonArray.clear();
-    setCornerRadius(height() * 0.5);
+    setCornerRadius(std::min<double>(height(), kLeastTarget) * 0.5);
     const qsizetype count = entryCount();
     for (int index = 0; index < count; ++index)
         d->buttonArray.append(addChoice(index));
@@ -210,6 +232,8 @@ ZQDoodleButton *ZQDoodleButtonView::addChoice(int index)
 {
     auto *button = new ZQDoodleButton(this);
     button->setType(index);
+    button->setCheckable(true); // announced as checked while selected
+    button->setSelected(index == d->selectIndex);
     styleChoice(button, index);
     connect(button, &ZQDoodleButton::clicked, this, [this, button] { chooseAction(button); });
     button->show();
@@ -225,13 +249,13 @@ void ZQDoodleButtonView::styleChoice(ZQDoodleButton *button, int index)
     d->buttonSize = QSizeF(side, side);
     d->buttonSpacing = d->type == ZQDoodleButtonViewTypeColour ? 8 : 5;
     button->setBackgroundColor(style.fill);
+    button->setTileSize(QSizeF(side, side));
+    button->setMarkColor(index == d->selectIndex ? markFor(d->type) : QColor());
     button->setCornerRadius(side * 0.5);
     button->setBorderColor(style.border);
     button->setBorderWidth(style.borderWidth);
     button->setClipsToBounds(d->type != ZQDoodleButtonViewTypeTextSize);
-    // The colour swatches get their frame from the layout.
-    if (d->type != ZQDoodleButtonViewTypeColour)
-        button->setFrame(QRectF(0, 0, side, side));
+    button->setFrame(QRectF(0, 0, cellPitch(), kLeastTarget));
     switch (d->type) {
     case ZQDoodleButtonViewTypeColour:
         button->setAccessibleName(tr("Colour %1").arg(colourText.trimmed()));
@@ -266,9 +290,14 @@ void ZQDoodleButtonView::chooseAction(ZQDoodleButton *button)
         // dots' light grey included; the chosen one is marked.
         const bool text = d->type == ZQDoodleButtonViewTypeTextSize;
         const auto children = findChildren<ZQDoodleButton *>(Qt::FindDirectChildrenOnly);
-        for (ZQDoodleButton *child : children)
+        for (ZQDoodleButton *child : children) {
             child->setBorderColor(text ? QColor(Qt::transparent) : QColor(Qt::white));
+            child->setMarkColor(QColor());
+            child->setSelected(false);
+        }
         button->setBorderColor(text ? QColor(Qt::white) : QColor::fromRgbF(1, 0, 0, 1));
+        button->setMarkColor(markFor(d->type));
+        button->setSelected(true);
     }
     if (ZQDoodleButtonViewDelegate *delegate = d->delegate.get())
         delegate->doodleButtonView(this, index, d->type);
@@ -296,29 +325,44 @@ void ZQDoodleButtonView::emptyAction() {}
 
 void ZQDoodleButtonView::layoutSubviews()
 {
+    if (d->background)
+        d->background->setFrame(QRectF(rect()));
+    setCornerRadius(std::min<double>(height(), kLeastTarget) * 0.5);
     const qsizetype count = d->buttonArray.size();
     if (!isPickerType(d->type) || count == 0)
         return;
-    const double spacing = double((count - 1) * d->buttonSpacing);
-    if (d->type == ZQDoodleButtonViewTypeColour) {
-        const QSizeF size = d->buttonSize;
-        const double left = (width() - (size.width() * double(count) + spacing)) * 0.5;
-        for (int index = 0; index < count; ++index) {
-            const double x = left + (size.width() + double(d->buttonSpacing)) * index;
-            d->buttonArray.at(index)->setFrame(
-                QRectF(QPointF(x, (height() - size.height()) * 0.5), size));
-        }
-        return;
-    }
-    // Every choice sits on the pitch of the last, largest one.
-    const double largest = d->buttonArray.constLast()->frame().width();
-    const double left = (width() - (largest * double(count) + spacing)) * 0.5;
+    // A grid of cells centred in the picker, as many rows as its height holds;
+    // each choice is drawn at its own size in the middle of its cell.
+    const int rows = int(std::clamp<qsizetype>(qsizetype(height() / kLeastTarget), 1, count));
+    const QSize grid(int((count + rows - 1) / rows), rows);
+    // A picker narrower than fittingSize() asks for takes smaller steps, down
+    // to the specified pitch, before its choices run out of it.
+    const double specified = d->buttonSize.width() + double(d->buttonSpacing);
+    const double pitch = std::max(specified, std::min(cellPitch(), width() / double(grid.width())));
+    const QPointF origin((width() - grid.width() * pitch) * 0.5,
+                         (height() - grid.height() * kLeastTarget) * 0.5);
     for (int index = 0; index < count; ++index) {
-        ZQDoodleButton *button = d->buttonArray.at(index);
-        const QSizeF size = button->frame().size();
-        const double x = left + (largest + double(d->buttonSpacing)) * index;
-        button->setFrame(QRectF(QPointF(x, (height() - size.height()) * 0.5), size));
+        const QPointF cell(pitch * (index % grid.width()), kLeastTarget * (index / grid.width()));
+        d->buttonArray.at(index)->setFrame(QRectF(origin + cell, QSizeF(pitch, kLeastTarget)));
     }
+}
+
+double ZQDoodleButtonView::cellPitch() const
+{
+    // The specified pitch (the largest choice and the spacing), widened to a
+    // target a finger hits.
+    return std::max(d->buttonSize.width() + double(d->buttonSpacing), kLeastTarget);
+}
+
+QSize ZQDoodleButtonView::fittingSize(int available) const
+{
+    const qsizetype count = d->buttonArray.size();
+    const double pitch = cellPitch();
+    const double oneRow = double(count) * pitch;
+    if (std::max<double>(width(), oneRow) <= available || count == 0)
+        return QSize(qCeil(std::max<double>(width(), oneRow)), qCeil(kLeastTarget));
+    const QSize grid = gridFor(count, pitch, available);
+    return QSize(qCeil(grid.width() * pitch), qCeil(grid.height() * kLeastTarget));
 }
 
 double ZQDoodleButtonView::getWidth() const

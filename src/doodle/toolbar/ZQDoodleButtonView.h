@@ -78,8 +78,14 @@ public:
     void chooseAction(ZQDoodleButton *button);
     // Does nothing.
     void emptyAction();
-    // Centres the choices as a group on a pitch of the largest.
+    // Places the choices in cells at least 32 points on each side (narrower,
+    // down to the pitch of the largest choice, when the picker is too narrow),
+    // centred as a group: one row, or as many as the picker's height holds.
     void layoutSubviews();
+    // The size the picker needs with at most `available` points of width: its
+    // own width when its choices fit in it, else one row as wide as they
+    // need, else as few rows of 32 points as fit.
+    QSize fittingSize(int available) const;
     // The chosen width or text size; 0 for a colour picker.
     double getWidth() const;
     QColor getColor() const;
@@ -99,6 +105,7 @@ private:
     ZQDoodleButton *addChoice(int index);
     void styleChoice(ZQDoodleButton *button, int index);
     void setChosenValue(int index);
+    double cellPitch() const;
 
     const std::unique_ptr<ZQDoodleButtonViewPrivate> d;
 };

@@ -22,4 +22,5 @@ public:
     qint64 buttonSpacing = 0;
     QVariantList paramArr;
     DoodleWeak<ZQDoodleButtonViewDelegate> delegate;
+    ZQDoodleButton *background = nullptr;
 };

@@ -20,4 +20,6 @@ public:
     double borderWidth = 0.0;
     bool clipsToBounds = false;
     QColor titleColor = Qt::white;
+    QSizeF tileSize;
+    QColor markColor;
 };

@@ -9,6 +9,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 // One element of the bar, in display order. `selectedMode` is the action mode
@@ -65,6 +67,64 @@ QRectF columnFrame(bool divider, int index, int dividers, float spacing, const Q
     }
     const double y = (bh + s) * (index - dividers) + s + (30 - bh) * 0.5 + (dividers - 1);
     return QRectF((bar.width() - button.width()) * 0.5, y, button.width(), bh);
+}
+
+constexpr double kRowHeight = 30.0;
+constexpr double kRowGap = 4.0;
+constexpr float kLeastSpacing = 2.0f;
+constexpr float kWrappedSpacing = 6.0f;
+
+bool isDivider(const ZQDoodleButton *element)
+{
+    return element->type() == DoodleToolbarButtonTypeDivider;
+}
+
+// The row of each element when the buttons wrap into `rows` rows of equal
+// button counts (the last may hold fewer); a divider stays in the row of the
+// button before it.
+QList<int> wrappedRows(const QList<ZQDoodleButton *> &elements, int rows)
+{
+    const auto buttons = std::count_if(elements.begin(), elements.end(),
+                                       [](const ZQDoodleButton *e) { return !isDivider(e); });
+    const qsizetype perRow = (buttons + rows - 1) / std::max(rows, 1);
+    QList<int> rowOf;
+    int row = 0;
+    qsizetype inRow = 0;
+    for (const ZQDoodleButton *element : elements) {
+        if (!isDivider(element) && inRow == perRow) {
+            ++row;
+            inRow = 0;
+        }
+        inRow += isDivider(element) ? 0 : 1;
+        rowOf << row;
+    }
+    return rowOf;
+}
+
+// The width of 30-point buttons and 1-point dividers, without spacing, and
+// their number, of the widest row.
+std::pair<double, int> widestRow(const QList<ZQDoodleButton *> &elements, const QList<int> &rowOf)
+{
+    std::pair<double, int> widest{0.0, 0};
+    for (int row = 0; row <= (rowOf.isEmpty() ? -1 : rowOf.constLast()); ++row) {
+        std::pair<double, int> current{0.0, 0};
+        for (qsizetype i = 0; i < elements.size(); ++i) {
+            if (rowOf.at(i) != row)
+                continue;
+            current.first += isDivider(elements.at(i)) ? 1.0 : kRowHeight;
+            ++current.second;
+        }
+        if (current.first + current.second > widest.first + widest.second)
+            widest = current;
+    }
+    return widest;
+}
+
+// The spacing of the one row of the bar's specified layout.
+float rowSpacing(double width, qsizetype count)
+{
+    const float buttonsWidth = float(count - 2) * -30.0f;
+    return float((width + double(buttonsWidth) - 2.0) / double(count));
 }
 
 } // namespace
@@ -153,28 +213,14 @@ void ZQDoodleToolbar::setDelegate(DoodleToolbarDelegate *delegate)
     d->delegate = delegate;
 }
 
-void ZQDoodleToolbar::setButtonEnabled(qint64 type, bool enabled)
-{
-    if (enabled)
-        d->disabledTypes.remove(type);
-    else
-        d->disabledTypes.insert(type);
-    for (ZQDoodleButton *button : std::as_const(d->buttonArray)) {
-        if (button->type() == type)
-            button->setEnabled(enabled);
-    }
-}
-
-bool ZQDoodleToolbar::isButtonEnabled(qint64 type) const
-{
-    return !d->disabledTypes.contains(type);
-}
-
 void ZQDoodleToolbar::initDefaultButton()
 {
     // A tap may lead here (the controller lays the bar out again), so the old
     // buttons leave the bar at once and are deleted once their events are done.
+    // The keyboard focus moves to the new button of the same type.
+    qint64 focused = -1;
     for (ZQDoodleButton *button : std::as_const(d->buttonArray)) {
+        focused = button->hasFocus() ? button->type() : focused;
         button->setParent(nullptr);
         button->deleteLater();
     }
@@ -195,9 +241,12 @@ void ZQDoodleToolbar::initDefaultButton()
             normal = imageWithBackgroundColor(d->brushColor, normal);
         } else if (entry.selectedMode != 0) {
             button->setSelectedImage(toolbarImage(name + QStringLiteral("_select")));
+            button->setCheckable(true); // a tool: announced as checked while selected
             button->setSelected(d->actionMode == entry.selectedMode);
         }
         button->setNormalImage(normal);
+        if (entry.type == focused)
+            button->setFocus(Qt::TabFocusReason);
     }
 }
 
@@ -248,8 +297,12 @@ void ZQDoodleToolbar::layoutSubviews()
     const QSizeF bar(size());
     // Eleven buttons of 30 points and two dividers of 1: fixed numbers that do
     // not follow buttonSize().
-    const float buttonsWidth = float(count - 2) * -30.0f;
-    d->buttonSpacing = float((bar.width() + double(buttonsWidth) - 2.0) / count);
+    d->buttonSpacing = rowSpacing(bar.width(), count);
+    const int rows = int((bar.height() + kRowGap) / (kRowHeight + kRowGap));
+    if (d->horizontal && rows > 1 && d->buttonSpacing < kLeastSpacing) {
+        layoutRows(rows);
+        return;
+    }
     int dividers = 0;
     for (int index = 0; index < count; ++index) {
         ZQDoodleButton *button = d->buttonArray.at(index);
@@ -264,6 +317,49 @@ void ZQDoodleToolbar::layoutSubviews()
                 columnFrame(divider, index, dividers, d->buttonSpacing, d->buttonSize, bar));
         }
     }
+}
+
+void ZQDoodleToolbar::layoutRows(int rows)
+{
+    const QList<int> rowOf = wrappedRows(d->buttonArray, rows);
+    const auto [filled, elements] = widestRow(d->buttonArray, rowOf);
+    d->buttonSpacing = float((width() - filled) / std::max(elements, 1));
+    const QSizeF row(width(), kRowHeight);
+    int index = 0, dividers = 0;
+    for (qsizetype i = 0; i < d->buttonArray.size(); ++i) {
+        if (i > 0 && rowOf.at(i) != rowOf.at(i - 1))
+            index = dividers = 0;
+        ZQDoodleButton *element = d->buttonArray.at(i);
+        const QRectF frame =
+            rowFrame(isDivider(element), index++, dividers, d->buttonSpacing, d->buttonSize, row);
+        dividers += isDivider(element) ? 1 : 0;
+        element->setFrame(frame.translated(0, rowOf.at(i) * (kRowHeight + kRowGap)));
+    }
+}
+
+QSizeF ZQDoodleToolbar::sizeThatFits(double available) const
+{
+    if (rowSpacing(available, d->buttonArray.size()) >= kLeastSpacing)
+        return QSizeF(available, kRowHeight);
+    const auto [filled, elements] = widestRow(d->buttonArray, wrappedRows(d->buttonArray, 2));
+    return QSizeF(filled + double(kWrappedSpacing) * elements, 2 * kRowHeight + kRowGap);
+}
+
+void ZQDoodleToolbar::setButtonEnabled(qint64 type, bool enabled)
+{
+    if (enabled)
+        d->disabledTypes.remove(type);
+    else
+        d->disabledTypes.insert(type);
+    for (ZQDoodleButton *button : std::as_const(d->buttonArray)) {
+        if (button->type() == type)
+            button->setEnabled(enabled);
+    }
+}
+
+bool ZQDoodleToolbar::isButtonEnabled(qint64 type) const
+{
+    return !d->disabledTypes.contains(type);
 }
 
 QImage ZQDoodleToolbar::coloredImage(const QColor &color, const QSizeF &size)

@@ -75,10 +75,6 @@ public:
     DoodleToolbarDelegate *delegate() const;
     void setDelegate(DoodleToolbarDelegate *delegate);
 
-    // Buttons of a type shown unavailable (dimmed, taking no taps); kept
-    // across layouts, which rebuild the buttons.
-    void setButtonEnabled(qint64 type, bool enabled);
-    bool isButtonEnabled(qint64 type) const;
     // Rebuilds every button from actionMode() and brushColor().
     void initDefaultButton();
     ZQDoodleButton *addButton();
@@ -88,8 +84,18 @@ public:
     // Paints `colour` behind the colour button's icons until the next layout;
     // brushColor() is left as it is.
     void setColourButton(const QColor &colour);
-    // Rebuilds the buttons and places them.
+    // Rebuilds the buttons and places them. A row too narrow for its buttons
+    // at the spacing of sizeThatFits() wraps them into as many rows as the
+    // bar's height holds (30 points each, 4 apart).
     void layoutSubviews();
+    // The size a row bar takes in `available` width: the whole width and 30
+    // high when its buttons fit in one row 2 points or more apart; otherwise
+    // two rows 64 high, only as wide as they need.
+    QSizeF sizeThatFits(double available) const;
+    // Enables or disables (dimmed, no taps) the buttons of `type`, now and
+    // after every rebuild of the buttons.
+    void setButtonEnabled(qint64 type, bool enabled);
+    bool isButtonEnabled(qint64 type) const;
 
     // A disc of `color` in (8, 8, width - 22, height - 22) on a transparent
     // bitmap of `size` at the screen scale.
@@ -101,5 +107,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void layoutRows(int rows);
+
     const std::unique_ptr<ZQDoodleToolbarPrivate> d;
 };

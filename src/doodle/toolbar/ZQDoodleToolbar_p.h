@@ -19,6 +19,6 @@ public:
     bool isHost = false;
     qint32 actionMode = 0;
     QColor brushColor;
-    QSet<qint64> disabledTypes;
     DoodleWeak<DoodleToolbarDelegate> delegate;
+    QSet<qint64> disabledTypes;
 };
