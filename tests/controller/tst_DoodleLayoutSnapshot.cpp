@@ -70,17 +70,40 @@ private slots:
         }
     }
 
-    void aLineThinnerThanASnapshotPixelIsAveraged()
+    void theSnapshotIsTheBoardsOwnPixels_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::newRow("2x") << 2.0;
+        QTest::newRow("3x") << 3.0;
+    }
+    void theSnapshotIsTheBoardsOwnPixels()
+    {
+        QFETCH(double, scale);
+        DoodleScreen::setScaleOverride(scale);
+        Participant me(QStringLiteral("me"), QSize(120, 90));
+        me.board.view()->show();
+        // A diagonal hairline: its edge pixels differ inside every block of
+        // scale x scale pixels, which a picture enlarged from 1x cannot show.
+        me.receive("peer", strokeAction("peer", {{-0.9, -0.8}, {0.7, 0.9}}, Qt::black, 0.004f));
+        me.receive("peer", boxAction(DoodleActionTypeEllipse, "peer", {-0.5, -0.5, 1, 1}));
+        const QImage shot = me.board.imageScreenShot();
+        QCOMPARE(shot.devicePixelRatio(), scale);
+        QCOMPARE(shot, me.cache().convertToFormat(shot.format()));
+    }
+
+    void aDeviceOfAnotherScaleAveragesTheBoard()
     {
         Participant me(QStringLiteral("me"), QSize(100, 100));
         me.board.view()->show();
         // Half a point wide along y = 50.25: one device pixel at the screen's
-        // scale of 2, half a pixel of the snapshot.
+        // scale of 2, half a pixel of a picture at 1x.
         me.receive("peer", strokeAction("peer", {{-0.8, 0.005}, {0.8, 0.005}}, Qt::black, 0.01f));
-        const QImage shot = me.board.imageScreenShot();
+        QImage shot(100, 100, QImage::Format_ARGB32_Premultiplied);
+        shot.fill(Qt::transparent);
+        me.board.doodleView()->render(&shot, QPoint(), QRegion(), QWidget::DrawChildren);
         int darkest = 0;
-        for (int y = 90; y < 110; ++y)
-            darkest = std::max(darkest, shot.pixelColor(100, y).alpha());
+        for (int y = 45; y < 55; ++y)
+            darkest = std::max(darkest, shot.pixelColor(50, y).alpha());
         // Averaged it shows half covered; a nearest-pixel pick shows all or nothing.
         QVERIFY2(darkest > 40 && darkest < 150, qPrintable(QString::number(darkest)));
     }

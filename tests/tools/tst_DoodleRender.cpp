@@ -2,6 +2,7 @@
 #include <doodle/Doodle.h>
 
 #include <QFile>
+#include <QPainter>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -16,6 +17,7 @@ private slots:
         QTest::addColumn<double>("scale");
         QTest::addColumn<QString>("background");
         QTest::newRow("phone at 2x on white") << QSize(390, 844) << 2.0 << "#FFFFFFFF";
+        QTest::newRow("phone at 3x, transparent") << QSize(390, 844) << 3.0 << "#00000000";
         QTest::newRow("landscape at 1x, transparent") << QSize(640, 360) << 1.0 << "#00000000";
     }
     void rendersWhatABoardShows()
@@ -48,9 +50,13 @@ private slots:
             QVERIFY(action);
             board.onDoodleActionReceived(action->userId(), action);
         }
-        const QImage expected =
-            board.doodleView()->convertViewToImage().convertToFormat(rendered.format());
-        QCOMPARE(rendered, expected);
+        // The board's own pixels at that scale over its colour: never a picture
+        // made at another scale and resampled.
+        QImage expected(rendered.size(), QImage::Format_ARGB32_Premultiplied);
+        expected.setDevicePixelRatio(scale);
+        expected.fill(board.backgroundColor());
+        QPainter(&expected).drawImage(0, 0, board.doodleView()->cacheCanvas()->cacheImage());
+        QCOMPARE(rendered, expected.convertToFormat(rendered.format()));
     }
 
     void badArgumentsAndLinesAreReported_data()

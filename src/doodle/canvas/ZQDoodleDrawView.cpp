@@ -71,6 +71,17 @@ QPolygonF outerEdge(const QRectF &box, double distance)
     return edge;
 }
 
+// Device pixels per point where the painter draws: the scale of the picture
+// being made (a snapshot paints through the widget, whose own ratio is the
+// screen's), or 0 when its transform turns or skews.
+double deviceScale(const QPainter &painter)
+{
+    const QTransform toDevice = painter.deviceTransform();
+    if (toDevice.type() > QTransform::TxScale || !qFuzzyCompare(toDevice.m11(), toDevice.m22()))
+        return 0;
+    return toDevice.m11();
+}
+
 QPointF firstPoint(const QPainterPath &path)
 {
     return path.elementCount() > 0 ? QPointF(path.elementAt(0)) : QPointF();
@@ -461,9 +472,8 @@ void ZQDoodleDrawView::paintEvent(QPaintEvent *event)
     if (m_cacheImage.deviceIndependentSize() == QSizeF(size())) {
         const double ratio = m_cacheImage.devicePixelRatio();
         const QRectF source(QPointF(dirty.topLeft()) * ratio, QSizeF(dirty.size()) * ratio);
-        const double deviceRatio = painter.device()->devicePixelRatioF();
-
-        if (deviceRatio == ratio) {
+        const double deviceRatio = deviceScale(painter);
+        if (deviceRatio <= 0 || qFuzzyCompare(deviceRatio, ratio)) {
             // Copy only the changed rectangle, pixel for pixel.
             painter.drawImage(QRectF(dirty), m_cacheImage, source);
             return;

@@ -239,7 +239,7 @@ public:
     // new PNG file in the user's pictures folder; a host may set its own.
     void saveImage();
     void setPictureSink(const DoodlePictureSink &sink);
-    // The board without its tool bars, at one pixel a point, watermarked
+    // The board without its tool bars, at the screen scale, watermarked
     // with waterString(); the bars are shown afterwards.
     QImage imageScreenShot();
     // `image` redrawn at the screen scale with `text` tiled over it in a grid

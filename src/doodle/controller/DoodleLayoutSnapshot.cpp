@@ -88,9 +88,9 @@ QImage DoodleLayout::imageScreenShot()
             pickers << picker;
         picker->hide();
     }
-    // One pixel a point; the board's layers, kept at the screen scale, are
-    // sampled down smoothly by their own painting.
-    QImage picture = DoodleBitmap::create(QSizeF(board->size()), 1.0);
+    // Composed at the scale of the picture it becomes (the screen's), from the
+    // layers' own pixels: no lower-resolution copy on the way.
+    QImage picture = DoodleBitmap::create(QSizeF(board->size()), DoodleScreen::scale());
     if (!picture.isNull())
         board->render(&picture, QPoint(), QRegion(), QWidget::DrawChildren);
     for (ZQDoodleButtonView *picker : pickers)
