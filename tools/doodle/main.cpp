@@ -28,8 +28,9 @@ const Command commands[] = {
     {"inspect", "inspect [-v] FILE|-   print one line per action text of FILE (- for stdin)",
      &doodleInspect, Gui::None},
     {"render",
-     "render FILE -o OUT.png [--size WxH] [--scale S] [--background #AARRGGBB]\n"
-     "                  replay a session (- for stdin) on a board and write its picture",
+     "render FILE -o OUT.png|.jpg [--size WxH] [--scale S] [--background COLOUR]\n"
+     "                  replay a session (- for stdin) on a board and write its picture,\n"
+     "                  at most 16384 pixels a side (doodle render --help)",
      &doodleRender, Gui::Offscreen},
     {"join",
      "join --broker HOST:PORT --call NAME --user ID [--size WxH] [--scale S]\n"
