@@ -22,6 +22,9 @@ int doodleRender(const QStringList &arguments);
 // takes part in a call through an MQTT broker, in a window or headless.
 int doodleJoin(const QStringList &arguments);
 
+// Set on the application when a command that opens a window runs without a display.
+constexpr const char *kNoDisplayProperty = "doodleNoDisplay";
+
 // The texts the tool shows people, in one translation context.
 struct DoodleTool
 {
