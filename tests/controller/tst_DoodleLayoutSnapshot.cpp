@@ -161,7 +161,9 @@ private slots:
         const QDir pictures(home.filePath("Pictures"));
         const QStringList written = pictures.entryList({"*.png"}, QDir::Files);
         QCOMPARE(written.size(), 2);
-        QCOMPARE(QImage(pictures.filePath(written.first())).size(), QSize(120, 80));
+        const QImage saved(pictures.filePath(written.first()));
+        QCOMPARE(saved.size(), QSize(120, 80));
+        QCOMPARE(saved.pixelColor(5, 5), QColor(Qt::white)); // opaque, though the board is not
 
         QVERIFY(QDir(home.path()).removeRecursively() && QDir().mkpath(home.path()));
         QFile blocker(home.filePath("Pictures")); // a file where the folder should be

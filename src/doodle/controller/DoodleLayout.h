@@ -236,7 +236,7 @@ public:
     void brushColorView(BrushColorView *view, const QColor &color) override;
 
     // Saving. saveImage() hands a snapshot to the picture sink: by default a
-    // new PNG file in the user's pictures folder; a host may set its own.
+    // new PNG file, on white, in the user's pictures folder; a host may set its own.
     void saveImage();
     void setPictureSink(const DoodlePictureSink &sink);
     // The board without its tool bars, at the screen scale, watermarked
