@@ -6,6 +6,7 @@
 #include <QImageReader>
 #include <QPainter>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -166,6 +167,56 @@ private slots:
         const QImage picture = reader.read();
         QCOMPARE(picture.size(), QSize(390, 844));
         QVERIFY(qGray(picture.pixel(5, 5)) > 250); // white where the board is transparent
+    }
+
+    // Drawn by a renderer outside Qt, an SVG or a PDF looks like the PNG:
+    // only antialiased edges and glyphs differ. Left out, the erasers alone
+    // would change several times as many pixels as the bound allows.
+    void vectorsLookLikeThePicture_data()
+    {
+        QTest::addColumn<QString>("session");
+        QTest::addColumn<QString>("format");
+        for (const QString format : {"svg", "pdf"}) {
+            QTest::addRow("sample, %s", qPrintable(format)) << DOODLE_SAMPLE_SESSION << format;
+            QTest::addRow("shapes, erasers, text, %s", qPrintable(format))
+                << DOODLE_SHAPES_SESSION << format;
+        }
+    }
+    void vectorsLookLikeThePicture()
+    {
+        QFETCH(QString, session);
+        QFETCH(QString, format);
+        const QString renderer = QStandardPaths::findExecutable(
+            format == QLatin1String("svg") ? "rsvg-convert" : "pdftoppm");
+        if (renderer.isEmpty())
+            QSKIP("rsvg-convert or pdftoppm is missing (scripts/test.sh installs them)");
+        QTemporaryDir dir;
+        const QStringList look{"--watermark", "doodle · ✓", "--background", "#fff8e0"};
+        const QString vector = dir.filePath("out." + format), png = dir.filePath("out.png");
+        QCOMPARE(run(QStringList{"render", session, "-o", png} + look), 0);
+        QCOMPARE(run(QStringList{"render", session, "-o", vector} + look), 0);
+        const QString drawn = dir.filePath("drawn.png");
+        // Both at 2 pixels a point, the scale of the PNG.
+        const QStringList arguments =
+            format == QLatin1String("svg")
+                ? QStringList{"-z", "2", vector, "-o", drawn}
+                : QStringList{"-r", "144", "-png", "-singlefile", vector, dir.filePath("drawn")};
+        QCOMPARE(QProcess::execute(renderer, arguments), 0);
+        const QImage expected = QImage(png).convertToFormat(QImage::Format_RGB32);
+        const QImage actual = QImage(drawn).convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(actual.size(), expected.size());
+        qsizetype differing = 0;
+        for (int y = 0; y < expected.height(); ++y) {
+            for (int x = 0; x < expected.width(); ++x) {
+                const QRgb a = expected.pixel(x, y), b = actual.pixel(x, y);
+                const int most =
+                    std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                              std::abs(qBlue(a) - qBlue(b))});
+                differing += most > 90 ? 1 : 0;
+            }
+        }
+        QVERIFY2(differing * 1000 < expected.width() * qsizetype(expected.height()),
+                 qPrintable(QStringLiteral("%1 pixels differ").arg(differing)));
     }
 
 private:

@@ -21,6 +21,8 @@ enum class PictureFormat
 {
     Png,
     Jpeg,
+    Svg,
+    Pdf,
 };
 
 struct RenderOptions
@@ -30,6 +32,7 @@ struct RenderOptions
     PictureFormat format = PictureFormat::Png;
     DoodleBoardOptions board{QSize(390, 844)};
     QColor background{Qt::white};
+    QString watermark;
 };
 
 std::optional<PictureFormat> formatOf(const QString &path)
@@ -39,6 +42,10 @@ std::optional<PictureFormat> formatOf(const QString &path)
         return PictureFormat::Png;
     if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg"))
         return PictureFormat::Jpeg;
+    if (suffix == QLatin1String("svg"))
+        return PictureFormat::Svg;
+    if (suffix == QLatin1String("pdf"))
+        return PictureFormat::Pdf;
     return std::nullopt;
 }
 
@@ -99,10 +106,12 @@ QString helpText(const QCommandLineParser &parser)
 {
     return DoodleTool::tr(
                "Usage: doodle render FILE -o OUT [--size WxH] [--scale S] [--background COLOUR]\n"
+               "       [--watermark TEXT]\n"
                "Replays the session in FILE (one action text a line, - for standard input) on "
                "a board and writes its picture.\n"
-               "OUT ends in .png or .jpg (or .jpeg), which chooses the format; a "
-               "JPEG has no transparency and shows white where the board is transparent.\n"
+               "OUT ends in .png, .jpg (or .jpeg), .svg or .pdf, which chooses the format; a "
+               "JPEG has no transparency and shows white where the board is transparent; an "
+               "SVG or a PDF holds the drawing as vectors (erasers as masks or clips).\n"
                "The picture is at most %1 pixels a side and %2 pixels in all.\n"
                "COLOUR is #RRGGBB, #AARRGGBB or a colour name such as white or transparent "
                "(default white).\n"
@@ -122,12 +131,12 @@ QString readOutput(const QCommandLineParser &parser, RenderOptions *options)
         return DoodleTool::tr("one session at a time, not %1")
             .arg(parser.positionalArguments().join(QLatin1Char(' ')));
     if (!parser.isSet("o"))
-        return DoodleTool::tr("missing -o OUT, the picture to write (.png or .jpg)");
+        return DoodleTool::tr("missing -o OUT, the picture to write (.png, .jpg, .svg or .pdf)");
     options->input = parser.positionalArguments().first();
     options->output = parser.value("o");
     const auto format = formatOf(options->output);
     if (!format)
-        return DoodleTool::tr("-o %1: the name must end in .png, .jpg or .jpeg")
+        return DoodleTool::tr("-o %1: the name must end in .png, .jpg, .jpeg, .svg or .pdf")
             .arg(options->output);
     options->format = *format;
     return QString();
@@ -142,7 +151,8 @@ QString parseOptions(const QStringList &arguments, RenderOptions *options, QStri
     const QCommandLineOption helpOption({"h", "help"}, DoodleTool::tr("show this help"));
     parser.addOptions({helpOption,
                        {{"o", "output"}, DoodleTool::tr("picture to write"), "OUT"},
-                       {"background", DoodleTool::tr("board colour"), "COLOUR"}});
+                       {"background", DoodleTool::tr("board colour"), "COLOUR"},
+                       {"watermark", DoodleTool::tr("text tiled over the picture"), "TEXT"}});
     addBoardOptions(parser);
     if (!parser.parse(QStringList(QStringLiteral("doodle render")) + arguments))
         return parser.errorText();
@@ -162,6 +172,7 @@ QString parseOptions(const QStringList &arguments, RenderOptions *options, QStri
             .arg(colour);
     if (parser.isSet("background"))
         options->background = QColor::fromString(colour);
+    options->watermark = parser.value("watermark");
     return QString();
 }
 
@@ -193,6 +204,15 @@ QImage opaque(const QImage &picture)
     return result;
 }
 
+// The board with its watermark, at the scale it is drawn at.
+QImage picture(DoodleLayout &board)
+{
+    const QImage image = board.doodleView()->convertViewToImage();
+    return board.waterString().isEmpty()
+               ? image
+               : DoodleLayout::addWatermarketWithOriginImage(image, board.waterString());
+}
+
 bool writePicture(DoodleLayout &board, const RenderOptions &options)
 {
     QSaveFile file(options.output);
@@ -201,10 +221,16 @@ bool writePicture(DoodleLayout &board, const RenderOptions &options)
     bool written = false;
     switch (options.format) {
     case PictureFormat::Png:
-        written = board.doodleView()->convertViewToImage().save(&file, "PNG");
+        written = picture(board).save(&file, "PNG");
         break;
     case PictureFormat::Jpeg:
-        written = opaque(board.doodleView()->convertViewToImage()).save(&file, "JPEG", 92);
+        written = opaque(picture(board)).save(&file, "JPEG", 92);
+        break;
+    case PictureFormat::Svg:
+        written = file.write(board.exportSvg()) > 0;
+        break;
+    case PictureFormat::Pdf:
+        written = file.write(board.exportPdf()) > 0;
         break;
     }
     return written && file.commit();
@@ -237,6 +263,7 @@ int doodleRender(const QStringList &arguments)
     DoodleLayout board(QStringLiteral("doodle-render"));
     board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.board.size));
     board.setBackgroundColor(options.background);
+    board.setWaterString(options.watermark);
     const int failures = replay(session, board);
     if (!writePicture(board, options)) {
         err << "doodle render: " << DoodleTool::tr("cannot write %1").arg(options.output) << '\n';

@@ -28,7 +28,7 @@ const Command commands[] = {
     {"inspect", "inspect [-v] FILE|-   print one line per action text of FILE (- for stdin)",
      &doodleInspect, Gui::None},
     {"render",
-     "render FILE -o OUT.png|.jpg [--size WxH] [--scale S] [--background COLOUR]\n"
+     "render FILE -o OUT.png|.jpg|.svg|.pdf [--size WxH] [--scale S] [--background COLOUR]\n"
      "                  replay a session (- for stdin) on a board and write its picture,\n"
      "                  at most 16384 pixels a side (doodle render --help)",
      &doodleRender, Gui::Offscreen},
