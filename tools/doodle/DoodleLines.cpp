@@ -219,6 +219,11 @@ QString DoodleSessionReader::report(const Line &line) const
 QString DoodleSessionReader::check(const QByteArray &bytes, QString *text, DoodleActionPtr *action)
 {
     const DoodleReceiveLimits limits;
+    // Bounded before anything reads it.
+    QString problem =
+        overLimit(QT_TRANSLATE_NOOP("doodle", "bytes"), bytes.size(), limits.textBytes);
+    if (!problem.isNull())
+        return problem;
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     *text = decoder(bytes);
     // Control characters never stand raw in a JSON text: such a line is binary data.
@@ -229,10 +234,6 @@ QString DoodleSessionReader::check(const QByteArray &bytes, QString *text, Doodl
         text->clear();
         return DoodleTool::tr("not UTF-8 text");
     }
-    QString problem =
-        overLimit(QT_TRANSLATE_NOOP("doodle", "bytes"), bytes.size(), limits.textBytes);
-    if (!problem.isNull())
-        return problem;
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
     if (error.error != QJsonParseError::NoError)
