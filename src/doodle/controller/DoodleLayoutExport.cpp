@@ -10,6 +10,7 @@
 #include <QBuffer>
 #include <QFontInfo>
 #include <QFontMetricsF>
+#include <QHash>
 #include <QPageSize>
 #include <QPainter>
 #include <QPainterPathStroker>
@@ -315,24 +316,24 @@ QColor visibleBackground(const QColor &color)
     return color.isValid() && color.alpha() > 0 ? color : QColor();
 }
 
-// For each shape, the area its later erasers leave of the board (an empty
-// path when none follows it).
-QList<QPainterPath> clipsOf(const QList<VectorShape> &shapes, const QSizeF &size)
+// For each run of drawings between two erasers, keyed by the run's first
+// index: the board less everything the erasers after the run cover. The run
+// after the last eraser has none.
+QHash<qsizetype, QPainterPath> clipsOf(const QList<VectorShape> &shapes, const QSizeF &size)
 {
-    QList<QPainterPath> clips(shapes.size());
-    QPainterPath erased, clip, board;
+    QHash<qsizetype, QPainterPath> clips;
+    QPainterPath erased, board;
     board.addRect(QRectF(QPointF(), size));
-    bool changed = false;
     for (qsizetype i = shapes.size() - 1; i >= 0; --i) {
-        if (shapes.at(i).erase) {
-            erased = erased.united(coveredArea(shapes.at(i)));
-            changed = true;
+        if (!shapes.at(i).erase)
             continue;
-        }
-        if (changed)
-            clip = board.subtracted(erased);
-        changed = false;
-        clips[i] = clip;
+        erased = erased.united(coveredArea(shapes.at(i)));
+        // The run before this eraser starts after the previous eraser.
+        qsizetype start = i - 1;
+        while (start > 0 && !shapes.at(start - 1).erase)
+            --start;
+        if (start >= 0 && !shapes.at(start).erase)
+            clips.insert(start, board.subtracted(erased));
     }
     return clips;
 }
@@ -406,7 +407,6 @@ QByteArray DoodleLayout::exportPdf() const
     if (size.isEmpty())
         return QByteArray();
     const QList<VectorShape> shapes = shapesOf(*this, *d);
-    const QList<QPainterPath> clips = clipsOf(shapes, size);
     QByteArray pdf;
     QBuffer buffer(&pdf);
     buffer.open(QIODevice::WriteOnly);
@@ -421,11 +421,15 @@ QByteArray DoodleLayout::exportPdf() const
         painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
         if (const QColor background = visibleBackground(d->m_backgroundColor); background.isValid())
             painter.fillRect(QRectF(QPointF(), size), background);
+        // A clip changes only at the start of a run, so it is written once a run.
+        const QHash<qsizetype, QPainterPath> clips = clipsOf(shapes, size);
         for (qsizetype i = 0; i < shapes.size(); ++i) {
-            if (shapes.at(i).erase)
+            if (shapes.at(i).erase) {
+                painter.setClipping(false);
                 continue;
-            painter.setClipPath(clips.at(i));
-            painter.setClipping(!clips.at(i).isEmpty());
+            }
+            if (const auto clip = clips.constFind(i); clip != clips.constEnd())
+                painter.setClipPath(*clip);
             paintShape(painter, shapes.at(i));
         }
         painter.setClipping(false);
