@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QTemporaryDir>
+#include <QXmlStreamReader>
 #include <QtTest>
 
 #include <map>
@@ -106,6 +107,42 @@ private slots:
             darkest = std::max(darkest, shot.pixelColor(50, y).alpha());
         // Averaged it shows half covered; a nearest-pixel pick shows all or nothing.
         QVERIFY2(darkest > 40 && darkest < 150, qPrintable(QString::number(darkest)));
+    }
+
+    // Vectors, not pixels: a stroke is a round-capped path, a text is text,
+    // an eraser a mask (SVG); the PDF holds a font and no picture.
+    void theExportsAreVectors()
+    {
+        Participant me(QStringLiteral("me"), QSize(200, 100));
+        me.receive("peer", strokeAction("peer", {{-0.8, 0}, {0.8, 0.1}}, Qt::red, 0.05f));
+        auto text = std::make_shared<DoodleAction>();
+        text->setActionType(DoodleActionTypeText);
+        text->setText(QStringLiteral("hello <there>"));
+        text->setTextSize(0.1f);
+        me.receive("peer", text);
+        me.receive("peer", strokeAction("peer", {{0, -1}, {0, 1}}, Qt::black, 0.1f,
+                                        DoodleActionTypeEraser));
+        QXmlStreamReader svg(me.board.exportSvg());
+        QStringList seen;
+        while (!svg.atEnd()) {
+            if (svg.readNext() != QXmlStreamReader::StartElement)
+                continue;
+            const QXmlStreamAttributes a = svg.attributes();
+            if (svg.name() == QLatin1String("path") &&
+                a.value("stroke-linecap") == QLatin1String("round"))
+                seen << "round stroke " + a.value("stroke").toString();
+            else if (svg.name() == QLatin1String("text"))
+                seen << "text " + svg.readElementText();
+            else if (svg.name() == QLatin1String("mask"))
+                seen << "mask";
+        }
+        QVERIFY2(!svg.hasError(), qPrintable(svg.errorString()));
+        QCOMPARE(seen, QStringList({"mask", "round stroke #000000", "round stroke #ff0000",
+                                    "text hello <there>"}));
+        const QByteArray pdf = me.board.exportPdf();
+        QVERIFY(pdf.startsWith("%PDF-") && pdf.contains("/FontFile"));
+        QVERIFY(!pdf.contains("/Subtype /Image"));
+        QVERIFY(Participant(QStringLiteral("empty"), QSize()).board.exportSvg().isEmpty());
     }
 
     void theWatermarkGridHasOneCopyMoreInItsFirstRow_data()
