@@ -1,6 +1,7 @@
 target_sources(doodle PRIVATE
     doodle/controller/DoodleLayout.cpp
     doodle/controller/DoodleLayoutCoordinates.cpp
+    doodle/controller/DoodleLayoutExport.cpp
     doodle/controller/DoodleLayoutLimits.cpp
     doodle/controller/DoodleLayoutOrder.cpp
     doodle/controller/DoodleLayoutReplay.cpp
