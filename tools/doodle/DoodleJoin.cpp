@@ -32,10 +32,12 @@ constexpr qint64 kLostBrokerMs = 10000; // headless: give up after this long wit
 
 struct JoinOptions
 {
-    QString host;
-    quint16 port = 1883;
+    QList<DoodleCallBroker> brokers;
     QString call;
     QString user;
+    QString username;
+    QString password;
+    DoodleCallTls tls;
     DoodleBoardOptions board{QSize(390, 560)};
     bool scaleSet = false;
     QString play;
@@ -46,12 +48,32 @@ struct JoinOptions
 
 bool parseBroker(const QString &text, JoinOptions *options)
 {
-    const qsizetype colon = text.lastIndexOf(QLatin1Char(':'));
-    options->host = colon < 0 ? text : text.left(colon);
-    bool ok = true;
-    const uint port = colon < 0 ? 1883 : text.mid(colon + 1).toUInt(&ok);
-    options->port = quint16(port);
-    return ok && !options->host.isEmpty() && port > 0 && port <= 65535;
+    options->brokers = DoodleCall::parseBrokers(text);
+    return !options->brokers.isEmpty();
+}
+
+// The login and TLS: the password from a file or the environment, never from
+// the command line, where every user of the machine can read it.
+QString readSecurity(const QCommandLineParser &parser, JoinOptions *options)
+{
+    options->username = parser.isSet("username") ? parser.value("username") : options->user;
+    options->password = qEnvironmentVariable("DOODLE_PASSWORD");
+    if (parser.isSet("password-file")) {
+        QFile file(parser.value("password-file"));
+        if (!file.open(QIODevice::ReadOnly))
+            return QStringLiteral("cannot read the password file %1").arg(file.fileName());
+        // The first line, without its line break.
+        options->password = QString::fromUtf8(file.readLine());
+        while (options->password.endsWith(QLatin1Char('\n')) ||
+               options->password.endsWith(QLatin1Char('\r')))
+            options->password.chop(1);
+    }
+    options->tls.caFile = parser.value("cafile");
+    options->tls.certFile = parser.value("cert");
+    options->tls.keyFile = parser.value("key");
+    if (options->tls.caFile.isEmpty() && (parser.isSet("cert") || parser.isSet("key")))
+        return QStringLiteral("--cert and --key go with --cafile");
+    return QString();
 }
 
 QString readNumbers(const QCommandLineParser &parser, JoinOptions *options)
@@ -75,9 +97,14 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
 {
     QCommandLineParser parser;
     parser.addOptions(
-        {{"broker", "the MQTT broker", "HOST:PORT"},
+        {{"broker", "the MQTT broker, or brokers to fail over to", "HOST:PORT[,HOST:PORT...]"},
          {"call", "the call's name", "NAME"},
          {"user", "this participant's id", "ID"},
+         {"username", "the broker login (default: the id)", "NAME"},
+         {"password-file", "the login's password (or DOODLE_PASSWORD)", "FILE"},
+         {"cafile", "TLS: the CA the broker's certificate must verify against", "FILE"},
+         {"cert", "TLS: this participant's certificate", "FILE"},
+         {"key", "TLS: the key of --cert", "FILE"},
          {"play", "a session to draw as this participant's own", "FILE"},
          {"interval", "milliseconds between played actions", "MS"},
          {"snapshot", "headless: write the agreed picture and exit", "OUT.png"},
@@ -89,11 +116,13 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
         !parser.positionalArguments().isEmpty())
         return QStringLiteral("usage: doodle join --broker HOST:PORT --call NAME --user ID ...");
     if (!parseBroker(parser.value("broker"), options))
-        return QStringLiteral("--broker takes HOST:PORT, such as 127.0.0.1:1883");
+        return QStringLiteral("--broker takes HOST:PORT[,HOST:PORT...], such as 127.0.0.1:1883");
     options->call = parser.value("call");
     options->user = parser.value("user");
     if (!DoodleCall::isValidName(options->call) || !DoodleCall::isValidName(options->user))
         return QStringLiteral("--call and --user take names without '/', '+' or '#'");
+    if (const QString problem = readSecurity(parser, options); !problem.isNull())
+        return problem;
     options->play = parser.value("play");
     options->snapshot = parser.value("snapshot");
     options->scaleSet = parser.isSet("scale");
@@ -160,7 +189,9 @@ public:
 
     bool start()
     {
-        if (m_call.join(m_options.host, m_options.port, kConnectTimeoutMs))
+        m_call.setLogin(m_options.username, m_options.password);
+        m_call.setTls(m_options.tls);
+        if (m_call.join(m_options.brokers, kConnectTimeoutMs))
             return true;
         QTextStream(stderr) << "doodle join: " << m_call.errorString() << '\n';
         return false;
@@ -169,10 +200,8 @@ public:
 private:
     void onConnected()
     {
-        say(QStringLiteral("connected to %1:%2, call %3 as %4")
-                .arg(m_options.host)
-                .arg(m_options.port)
-                .arg(m_options.call, m_options.user));
+        say(QStringLiteral("connected to %1, call %2 as %3")
+                .arg(m_call.brokerAddress(), m_options.call, m_options.user));
         m_player.start();
         if (!m_options.snapshot.isEmpty())
             m_check.start();
@@ -193,8 +222,8 @@ private:
     void check()
     {
         if (m_lost.isValid() && m_lost.elapsed() > kLostBrokerMs) {
-            QTextStream(stderr) << "doodle join: lost the broker at " << m_options.host << ':'
-                                << m_options.port << " for " << kLostBrokerMs / 1000 << " s\n";
+            QTextStream(stderr) << "doodle join: lost the broker at " << m_call.brokerAddress()
+                                << " for " << kLostBrokerMs / 1000 << " s\n";
             QCoreApplication::exit(1);
             return;
         }

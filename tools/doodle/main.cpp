@@ -32,7 +32,8 @@ const Command commands[] = {
      "                  replay a session (- for stdin) on a board and write its picture",
      &doodleRender, Gui::Offscreen},
     {"join",
-     "join --broker HOST:PORT --call NAME --user ID [--size WxH] [--scale S]\n"
+     "join --broker HOST:PORT[,HOST:PORT...] --call NAME --user ID [--size WxH] [--scale S]\n"
+     "                  [--username NAME] [--password-file FILE] [--cafile F [--cert F --key F]]\n"
      "                  [--play FILE [--interval MS]] [--snapshot OUT.png [--quit-after-idle S]]\n"
      "                  take part in a call through an MQTT broker, in a window or headless",
      &doodleJoin, Gui::Screen},
