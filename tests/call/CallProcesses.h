@@ -26,8 +26,10 @@ public:
     }
     ~ToolProcess() { stop(); }
 
-    void start(const QString &program, const QStringList &arguments)
+    void start(const QString &program, const QStringList &arguments,
+               const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
+        m_process.setProcessEnvironment(environment);
         m_process.start(program, arguments);
     }
     // Ends the process: asked first, killed if it does not go.
@@ -64,7 +66,8 @@ inline quint16 freeLoopbackPort()
     return server.listen(QHostAddress::LocalHost, 0) ? server.serverPort() : 0;
 }
 
-// mosquitto on 127.0.0.1, anonymous, without persistence: a restart forgets everything.
+// mosquitto on 127.0.0.1, anonymous, without persistence: a restart forgets
+// everything. Or mosquitto with a configuration of its own.
 class Broker
 {
 public:
@@ -76,22 +79,20 @@ public:
 
     static bool isInstalled(const QString &program) { return QFileInfo(program).isExecutable(); }
 
+    // Runs `config` instead, which listens on 127.0.0.1:`port`.
+    void useConfig(const QString &config, quint16 port)
+    {
+        m_config = config;
+        m_port = port;
+    }
+
     bool start()
     {
-        if (!m_port)
-            m_port = freeLoopbackPort();
-        const QString config = m_dir.filePath(QStringLiteral("mosquitto.conf"));
-        QFile file(config);
-        if (!m_port || !file.open(QIODevice::WriteOnly))
+        if (m_config.isEmpty() && !writeConfig())
             return false;
-        file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
-                                  "persistence false\nset_tcp_nodelay %2\n")
-                       .arg(m_port)
-                       .arg(m_noDelay ? "true" : "false")
-                       .toUtf8());
-        file.close();
         m_process = std::make_unique<ToolProcess>();
-        m_process->start(m_program, {QStringLiteral("-c"), config});
+        m_process->start(m_program,
+                         {QStringLiteral("-c"), m_config.isEmpty() ? defaultConfig() : m_config});
         // It logs to standard error; ready once it says it runs.
         const bool running = QTest::qWaitFor(
             [this] {
@@ -106,7 +107,23 @@ public:
     QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
 
 private:
+    QString defaultConfig() const { return m_dir.filePath(QStringLiteral("mosquitto.conf")); }
+    bool writeConfig()
+    {
+        if (!m_port)
+            m_port = freeLoopbackPort();
+        QFile file(defaultConfig());
+        if (!m_port || !file.open(QIODevice::WriteOnly))
+            return false;
+        return file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
+                                         "persistence false\nset_tcp_nodelay %2\n")
+                              .arg(m_port)
+                              .arg(m_noDelay ? "true" : "false")
+                              .toUtf8()) > 0;
+    }
+
     QString m_program;
+    QString m_config;
     bool m_noDelay = false;
     QTemporaryDir m_dir;
     quint16 m_port = 0;
