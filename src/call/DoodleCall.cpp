@@ -108,6 +108,8 @@ bool DoodleCall::join(const QList<DoodleCallBroker> &brokers, int timeoutMs)
     // This id may have been in the call before, from this board or another
     // process: stamps start past the wall clock, above any it sent then.
     d->m_board->advanceClock(quint64(QDateTime::currentMSecsSinceEpoch()));
+    // Every participant hears one broker's order (a cluster's node, its own).
+    d->m_board->setSharedOrder(true);
     d->m_brokers.clear();
     for (const DoodleCallBroker &broker : brokers)
         d->m_brokers << QStringLiteral("%1:%2").arg(broker.host).arg(broker.port);
@@ -268,8 +270,15 @@ void DoodleCallPrivate::onMessage(const QString &topic, const QByteArray &payloa
 {
     bool sync = false;
     const QString sender = senderOf(topic, &sync);
-    if (!m_joining || sender.isNull() || sender == m_user || !m_board)
+    if (!m_joining || sender.isNull() || !m_board)
         return;
+    if (sender == m_user) {
+        // The broker's order, this board's own actions in it: drawings of
+        // peers without stamps are placed by it.
+        if (!sync)
+            m_board->onDoodleTextEchoed(QString::fromUtf8(payload));
+        return;
+    }
     m_lastMessage.restart();
     if (sync) {
         onSync(sender, payload);
