@@ -251,6 +251,44 @@ private slots:
             QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
     }
 
+    // Two participants and a plain MQTT client without stamps draw at once, and
+    // a fourth participant joins a quarter of the way in: through one broker
+    // every board ends with one picture, the plain client's drawings in place.
+    void aCallWithAPeerWithoutStampsEndsIdentical()
+    {
+        if (!Broker::isInstalled(DOODLE_MOSQUITTO_PUB))
+            QSKIP("mosquitto_pub is not installed (scripts/deps.sh installs it)");
+        Broker broker(DOODLE_MOSQUITTO, true);
+        QVERIFY(broker.start());
+        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        ToolProcess members[3], plain;
+        for (int i = 0; i < 2; ++i) {
+            const QString session = m_dir.filePath(QStringLiteral("mixed%1.jsonl").arg(i));
+            QVERIFY(writeLines(session, makeSession(quint32(i + 21), 40, colors[i], false)));
+            join(members[i], broker.address(), i == 0 ? "ann" : "ben",
+                 {"--play", session, "--interval", "40", "--quit-after-idle", "1.5"});
+        }
+        for (int i = 0; i < 2; ++i)
+            QTRY_VERIFY_WITH_TIMEOUT(members[i].out().contains("connected"), 10000);
+        // The plain client: one line at a time, on its own topic, in between.
+        const QString lines = m_dir.filePath("plain.jsonl");
+        QVERIFY(writeLines(lines, makeSession(23, 30, colors[2], false)));
+        plain.start("bash", {"-c", QStringLiteral("while read -r line; do %1 -h 127.0.0.1 -p %2 "
+                                                  "-q 1 -t doodle/board/pat -m \"$line\"; "
+                                                  "sleep 0.03; done < %3")
+                                       .arg(DOODLE_MOSQUITTO_PUB)
+                                       .arg(broker.port())
+                                       .arg(lines)});
+        QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 10/40"), 20000);
+        join(members[2], broker.address(), "dan", {"--quit-after-idle", "1.5"});
+        QTRY_VERIFY_WITH_TIMEOUT(!plain.isRunning(), 30000);
+        QVERIFY2(plain.finishedWith(0), qPrintable(plain.err()));
+        QImage agreed;
+        expectAgreement({&members[0], &members[1], &members[2]}, {"ann", "ben", "dan"}, &agreed);
+        for (const QColor &color : colors)
+            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+    }
+
     // Alice (with a client certificate) and Bob (his password from the
     // environment) draw over TLS. Mallory, in the call too, forges a drawing on
     // Alice's topic, then draws one on her own: the broker drops the first.
