@@ -4,6 +4,15 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
+# The call test also runs a call on a three-node RabbitMQ cluster: its broker
+# is installed for the tests only.
+if ! dpkg-query -W -f='${Status}' rabbitmq-server 2>/dev/null | grep -q "install ok installed"; then
+    sudo_cmd=()
+    if [ "$(id -u)" -ne 0 ]; then sudo_cmd=(sudo); fi
+    "${sudo_cmd[@]}" apt-get update
+    DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y --no-install-recommends \
+        rabbitmq-server
+fi
 
 build=${1:-build}
 shift || true

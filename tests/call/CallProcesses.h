@@ -129,3 +129,69 @@ private:
     quint16 m_port = 0;
     std::unique_ptr<ToolProcess> m_process;
 };
+
+// A three-node RabbitMQ cluster with its MQTT plugin, started and stopped by
+// the shipped script on free loopback ports.
+class RabbitCluster
+{
+public:
+    explicit RabbitCluster(const QString &script) : m_script(script) {}
+    ~RabbitCluster() { stop(); }
+
+    static bool isInstalled()
+    {
+        return QFileInfo(QStringLiteral("/usr/lib/rabbitmq/bin/rabbitmq-server")).isExecutable();
+    }
+
+    // The nodes' MQTT addresses once all three run as one cluster, or empty.
+    QStringList start()
+    {
+        QStringList ports[3];
+        for (QStringList &list : ports) {
+            for (int i = 0; i < 3; ++i)
+                list << QString::number(freeLoopbackPort());
+        }
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DOODLE_MQTT_PORTS", ports[0].join(' '));
+        environment.insert("DOODLE_AMQP_PORTS", ports[1].join(' '));
+        environment.insert("DOODLE_DIST_PORTS", ports[2].join(' '));
+        m_environment = environment;
+        m_started = true;
+        if (!run({"start", m_dir.path()}, 180000))
+            return {};
+        QStringList addresses;
+        for (const QString &port : ports[0])
+            addresses << QStringLiteral("127.0.0.1:") + port;
+        return addresses;
+    }
+    // Stops node `node` (1 to 3), or every node.
+    bool stop(int node = 0)
+    {
+        if (!m_started)
+            return true;
+        m_started = node != 0;
+        const QStringList which = node ? QStringList{QString::number(node)} : QStringList();
+        return run(QStringList{"stop", m_dir.path()} + which, 60000);
+    }
+    QString log() const { return m_log; }
+
+private:
+    bool run(const QStringList &arguments, int timeoutMs)
+    {
+        QProcess process;
+        process.setProcessEnvironment(m_environment);
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(QStringLiteral("bash"), QStringList{m_script} + arguments);
+        const bool done = process.waitForFinished(timeoutMs);
+        m_log += QString::fromUtf8(process.readAll());
+        if (!done)
+            process.kill();
+        return done && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    }
+
+    QString m_script;
+    QTemporaryDir m_dir;
+    QProcessEnvironment m_environment;
+    bool m_started = false;
+    QString m_log;
+};

@@ -289,6 +289,44 @@ private slots:
             QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
     }
 
+    // A call on a three-node RabbitMQ cluster: one participant on each node,
+    // each able to reach the others, and a late joiner. The first node stops a
+    // third of the way in; its participant moves to the next, and every board
+    // ends as one with all three's drawings.
+    void aCallOnAClusterOutlivesANode()
+    {
+        if (!RabbitCluster::isInstalled())
+            QSKIP("rabbitmq-server is not installed (scripts/test.sh installs it)");
+        RabbitCluster cluster(DOODLE_CLUSTER_SCRIPT);
+        const QStringList nodes = cluster.start();
+        QVERIFY2(nodes.size() == 3, qPrintable(cluster.log()));
+        const QStringList users{"ann", "ben", "cat"};
+        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        ToolProcess members[4];
+        for (int i = 0; i < 4; ++i) {
+            // Each participant starts on its own node and knows the others.
+            const QStringList order = nodes.mid(i % 3) + nodes.mid(0, i % 3);
+            const QString user = i < 3 ? users[i] : QStringLiteral("dan");
+            const QString session = m_dir.filePath(user + ".jsonl");
+            QVERIFY(writeLines(
+                session, makeSession(quint32(i + 31), i < 3 ? 40 : 0, colors[i % 3], i == 1)));
+            if (i == 3)
+                QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 10/40"), 30000);
+            join(members[i], order.join(','), user,
+                 {"--play", session, "--interval", "60", "--quit-after-idle", "2"});
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 15/40"), 30000);
+        QVERIFY2(cluster.stop(1), qPrintable(cluster.log()));
+        QImage agreed;
+        expectAgreement({&members[0], &members[1], &members[2], &members[3]},
+                        users + QStringList{"dan"}, &agreed);
+        if (QTest::currentTestFailed())
+            return;
+        QVERIFY2(members[0].out().contains("\nreconnected\n"), qPrintable(members[0].out()));
+        for (const QColor &color : colors)
+            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+    }
+
     // Alice (with a client certificate) and Bob (his password from the
     // environment) draw over TLS. Mallory, in the call too, forges a drawing on
     // Alice's topic, then draws one on her own: the broker drops the first.

@@ -68,6 +68,10 @@ QString readSecurity(const QCommandLineParser &parser, JoinOptions *options)
                options->password.endsWith(QLatin1Char('\r')))
             options->password.chop(1);
     }
+    // No password, no login name either: anonymous, which a broker that
+    // knows no such user (RabbitMQ) would otherwise refuse.
+    if (options->password.isEmpty() && !parser.isSet("username"))
+        options->username.clear();
     options->tls.caFile = parser.value("cafile");
     options->tls.certFile = parser.value("cert");
     options->tls.keyFile = parser.value("key");
