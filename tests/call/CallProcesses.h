@@ -44,6 +44,7 @@ public:
         }
     }
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    qint64 processId() const { return m_process.processId(); }
     bool finishedWith(int code) const
     {
         return !isRunning() && m_process.exitStatus() == QProcess::NormalExit &&
@@ -104,6 +105,7 @@ public:
     }
     void stop() { m_process.reset(); }
     quint16 port() const { return m_port; }
+    qint64 processId() const { return m_process ? m_process->processId() : 0; }
     QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
 
 private:
