@@ -5,7 +5,9 @@
 // pictures holding it (median and 99th percentile, over every arrival), the
 // messages per second the broker takes in and hands out, and the broker's CPU
 // (share of one core) and resident memory. mosquitto is started here on a
-// free loopback port with set_tcp_nodelay.
+// free loopback port with set_tcp_nodelay; the same load then runs on the
+// three-node RabbitMQ cluster of examples/call/cluster, the participants of
+// each call spread over its nodes (the broker columns add up the three).
 #include "CallProcesses.h"
 
 #include <doodle/Doodle.h>
@@ -20,6 +22,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <unistd.h>
 
@@ -71,11 +74,12 @@ double percentile(std::vector<double> samples, double fraction)
 class Load
 {
 public:
-    Load(const Broker &broker, int calls)
+    // `brokers`: the addresses participant p of every call joins through.
+    Load(const std::function<QList<DoodleCallBroker>(int)> &brokers, int calls)
     {
         for (int c = 0; c < calls; ++c) {
             for (int p = 0; p < kParticipants; ++p)
-                add(broker, QStringLiteral("load%1").arg(c), QStringLiteral("u%1").arg(p));
+                add(brokers(p), QStringLiteral("load%1").arg(c), QStringLiteral("u%1").arg(p));
         }
     }
 
@@ -121,7 +125,7 @@ private:
         int strokes = 0;
     };
 
-    void add(const Broker &broker, const QString &callName, const QString &user)
+    void add(const QList<DoodleCallBroker> &brokers, const QString &callName, const QString &user)
     {
         auto member = std::make_unique<Member>();
         member->board = std::make_unique<DoodleLayout>(user);
@@ -132,7 +136,7 @@ private:
                          [this, callName](const QString &sender, const QString &text) {
                              arrived(callName, sender, text);
                          });
-        member->call->join(QStringLiteral("127.0.0.1"), broker.port());
+        member->call->join(brokers);
         m_members.push_back(std::move(member));
     }
 
@@ -173,26 +177,31 @@ private:
     QElapsedTimer m_clock;
 };
 
-void BM_CallsOnOneBroker(benchmark::State &state)
+BrokerUse brokerUse(const QList<qint64> &pids)
 {
-    Broker broker(DOODLE_MOSQUITTO, true);
-    if (!Broker::isInstalled(DOODLE_MOSQUITTO) || !broker.start()) {
-        state.SkipWithError("mosquitto could not be started (scripts/deps.sh installs it)");
-        return;
+    BrokerUse total;
+    for (const qint64 pid : pids) {
+        const BrokerUse use = brokerUse(pid);
+        total.ticks += use.ticks;
+        total.rssKiB += use.rssKiB;
     }
-    Load load(broker, int(state.range(0)));
+    return total;
+}
+
+void runLoad(benchmark::State &state, Load &load, const QList<qint64> &brokerPids)
+{
     if (!load.joined()) {
         state.SkipWithError("not every participant joined its call");
         return;
     }
-    const BrokerUse before = brokerUse(broker.processId());
+    const BrokerUse before = brokerUse(brokerPids);
     QElapsedTimer clock;
     clock.start();
     for (auto _ : state) {
         load.run(kRunMs);
         state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
     }
-    const BrokerUse after = brokerUse(broker.processId());
+    const BrokerUse after = brokerUse(brokerPids);
     const double seconds = double(clock.nsecsElapsed()) / 1e9;
     state.counters["median_ms"] = percentile(load.samples, 0.5);
     state.counters["p99_ms"] = percentile(load.samples, 0.99);
@@ -203,6 +212,18 @@ void BM_CallsOnOneBroker(benchmark::State &state)
     state.counters["broker_rss_mib"] = double(after.rssKiB) / 1024.0;
     state.counters["lost"] = double(load.sent * (kParticipants - 1)) - double(load.samples.size());
 }
+
+void BM_CallsOnOneBroker(benchmark::State &state)
+{
+    Broker broker(DOODLE_MOSQUITTO, true);
+    if (!Broker::isInstalled(DOODLE_MOSQUITTO) || !broker.start()) {
+        state.SkipWithError("mosquitto could not be started (scripts/deps.sh installs it)");
+        return;
+    }
+    const QList<DoodleCallBroker> address{{QStringLiteral("127.0.0.1"), broker.port()}};
+    Load load([&address](int) { return address; }, int(state.range(0)));
+    runLoad(state, load, {broker.processId()});
+}
 BENCHMARK(BM_CallsOnOneBroker)
     ->ArgName("calls")
     ->Arg(1)
@@ -210,6 +231,50 @@ BENCHMARK(BM_CallsOnOneBroker)
     ->Arg(4)
     ->Arg(8)
     ->Arg(12)
+    ->Arg(16)
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Unit(benchmark::kSecond);
+
+// The cluster is started once, for every run on it, and stopped before the
+// application goes.
+std::unique_ptr<RabbitCluster> g_cluster;
+
+RabbitCluster *cluster()
+{
+    static bool tried = false;
+    if (!tried && RabbitCluster::isInstalled()) {
+        tried = true;
+        g_cluster = std::make_unique<RabbitCluster>(DOODLE_CLUSTER_SCRIPT);
+        if (g_cluster->start().size() != 3)
+            g_cluster.reset();
+    }
+    return g_cluster.get();
+}
+
+void BM_CallsOnACluster(benchmark::State &state)
+{
+    RabbitCluster *nodes = cluster();
+    if (!nodes) {
+        state.SkipWithError("no RabbitMQ cluster (scripts/test.sh installs rabbitmq-server)");
+        return;
+    }
+    // Participant p starts on node p % 3 and knows the other two.
+    QList<QList<DoodleCallBroker>> orders;
+    for (int first = 0; first < 3; ++first) {
+        QList<DoodleCallBroker> order;
+        for (int i = 0; i < 3; ++i)
+            order.append({QStringLiteral("127.0.0.1"), nodes->mqttPort((first + i) % 3 + 1)});
+        orders.append(order);
+    }
+    Load load([&orders](int p) { return orders.at(p % 3); }, int(state.range(0)));
+    runLoad(state, load, {nodes->processId(1), nodes->processId(2), nodes->processId(3)});
+}
+BENCHMARK(BM_CallsOnACluster)
+    ->ArgName("calls")
+    ->Arg(1)
+    ->Arg(4)
+    ->Arg(8)
     ->Arg(16)
     ->UseManualTime()
     ->Iterations(1)
@@ -225,5 +290,6 @@ int main(int argc, char **argv)
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    g_cluster.reset();
     return 0;
 }

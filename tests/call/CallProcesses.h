@@ -162,8 +162,10 @@ public:
         if (!run({"start", m_dir.path()}, 180000))
             return {};
         QStringList addresses;
-        for (const QString &port : ports[0])
+        for (const QString &port : ports[0]) {
             addresses << QStringLiteral("127.0.0.1:") + port;
+            m_mqttPorts << quint16(port.toUInt());
+        }
         return addresses;
     }
     // Stops node `node` (1 to 3), or every node.
@@ -176,6 +178,13 @@ public:
         return run(QStringList{"stop", m_dir.path()} + which, 60000);
     }
     QString log() const { return m_log; }
+    quint16 mqttPort(int node) const { return m_mqttPorts.value(node - 1); }
+    // The process of node `node` (1 to 3), 0 when it does not run.
+    qint64 processId(int node) const
+    {
+        QFile file(m_dir.filePath(QStringLiteral("node%1/pid").arg(node)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toLongLong() : 0;
+    }
 
 private:
     bool run(const QStringList &arguments, int timeoutMs)
@@ -194,6 +203,7 @@ private:
     QString m_script;
     QTemporaryDir m_dir;
     QProcessEnvironment m_environment;
+    QList<quint16> m_mqttPorts;
     bool m_started = false;
     QString m_log;
 };
