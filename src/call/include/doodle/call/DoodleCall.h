@@ -39,6 +39,11 @@ struct DoodleCallTls
 // "doodle/CALL/USER/sync": a joiner asks for the board, participants announce
 // their fingerprint when it changes and after a reconnection, and boards whose
 // fingerprints differ exchange their states. Every message is QoS 1.
+// Through one broker every board hears the messages in one order, its own
+// among them: the call hands the board its own echoes, so that drawings of
+// peers without stamps are placed by that order (DoodleLayout::setSharedOrder).
+// Identity is the broker's: it authenticates the login and its ACL lets each
+// user publish only under its own topic level.
 //
 // The network runs on its own thread; received texts reach the board on the
 // thread the call lives on (the GUI thread) through queued signals.
