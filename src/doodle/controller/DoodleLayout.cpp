@@ -388,6 +388,9 @@ void DoodleLayout::canEdit(bool editable)
 
 void DoodleLayout::onDoodleActionReceived(const QString &userId, const DoodleActionPtr &action)
 {
+    // The channel's order counts what this board then drops, as every board does.
+    if (action)
+        d->noteChannelOrder(*action, userId);
     if (action && !d->m_muted.contains(userId) && d->withinLimits(userId, *action))
         doodleAction(action, userId);
 }

@@ -39,6 +39,23 @@ struct DoodleStamp
 };
 size_t qHash(const DoodleStamp &stamp, size_t seed = 0);
 
+// Where a drawing without a stamp came in a channel's shared order: the
+// `rank`-th such drawing after the stamped drawing or clear `after` (clock 0:
+// none). It names the drawing, and orders it, alike on every board.
+struct DoodleAnchor
+{
+    DoodleStamp after;
+    quint64 rank = 0;
+    friend bool operator<(const DoodleAnchor &a, const DoodleAnchor &b)
+    {
+        return a.after == b.after ? a.rank < b.rank : a.after < b.after;
+    }
+    friend bool operator==(const DoodleAnchor &a, const DoodleAnchor &b)
+    {
+        return a.after == b.after && a.rank == b.rank;
+    }
+};
+
 // The tool, width and colour a gesture was started with: everything it draws
 // and the action it commits use these, whatever the tool state becomes meanwhile.
 struct DoodleGestureTool
@@ -142,8 +159,11 @@ public:
     void observeClock(quint64 clock);
     quint64 nextStamp();
     static quint64 entryHash(const QString &owner, const DoodleAction &action);
+    static quint64 anchoredHash(quint64 content, const DoodleAnchor &anchor);
+    static std::optional<DoodleAnchor> anchorOf(const DoodleCacheEntry &entry);
     void recomputeFingerprint();
-    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner);
+    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner,
+                     const std::optional<DoodleAnchor> &anchor = std::nullopt);
     qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
     bool receiveDrawing(const DoodleActionPtr &action, const QString &owner);
     void placeEntry(qsizetype index);
@@ -169,6 +189,14 @@ public:
     void mergeUndone(const QJsonArray &undone);
     void mergeActions(const QJsonArray &actions, bool takeUnstamped);
     qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
+    // The shared order of a channel: where a drawing anchored there goes, the
+    // anchor a received action sets, and a better anchor a state brings.
+    qsizetype anchoredIndex(const DoodleAnchor &anchor, bool *present) const;
+    void noteChannelOrder(const DoodleAction &action, const QString &sender);
+    void mergeAnchored(const QString &owner, const DoodleActionPtr &action,
+                       const DoodleAnchor &anchor);
+    qsizetype earlierCopy(const QString &owner, const DoodleAction &action,
+                          const DoodleAnchor &anchor) const;
     void forgetOrder();
     // Limits on what others send.
     bool withinLimits(const QString &sender, const DoodleAction &action) const;
@@ -225,6 +253,10 @@ public:
     QSet<QString> m_muted;
     quint64 m_fingerprint = 0;
     qsizetype m_unstampedCount = 0; // cached drawings without a stamp
+    bool m_sharedOrder = false;
+    DoodleStamp m_channelAnchor; // the last stamped drawing or clear the channel brought
+    quint64 m_channelRank = 0;   // drawings without a stamp it brought since
+    DoodleAnchor m_received;     // the place of the one being received
     bool m_observing = false;
     bool m_commandUpdatePending = false;
     bool m_confirmsClear = true;
