@@ -27,6 +27,7 @@ name=${DOODLE_CLUSTER_NAME:-doodle}
 mkdir -p "$dir"
 dir=$(cd "$dir" && pwd)
 export HOME=$dir # where every node and rabbitmqctl find the cookie
+export ERL_CRASH_DUMP=$dir/erl_crash.dump # a node's or rabbitmqctl's dump stays with the cluster
 
 # node_env N: the environment of node N.
 node_env() {
