@@ -2,6 +2,7 @@
 # as its own object library that sees only Qt Core and Gui, so a widget or
 # Quick header included here fails the build; its objects go into the library.
 add_library(doodle_board OBJECT
+    doodle/board/DoodleBoardCanvas_p.h
     doodle/board/DoodleDrawInput.cpp
     doodle/board/DoodleDrawInput.h
     doodle/board/DoodleSurface.cpp)

@@ -5,6 +5,8 @@
 #include "DoodleLayoutView.h"
 #include "DoodleLayout_p.h"
 
+#include <doodle/canvas/DoodleWidgetCanvas_p.h>
+
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleBundle_p.h>
 
@@ -35,6 +37,8 @@ QSize initialViewSize()
 DoodleLayout::DoodleLayout(const QString &userId, QObject *parent)
     : QObject(parent), d(std::make_unique<DoodleLayoutPrivate>(this))
 {
+    d->m_canvas =
+        std::make_unique<DoodleWidgetCanvas>(d->m_doodleView, [this] { return doodleView(); });
     // reset() selects the brush tool; the tool bar lives on the view, so the
     // view is loaded (and viewDidLoad runs) in the middle of it, before any
     // delegate can be set.

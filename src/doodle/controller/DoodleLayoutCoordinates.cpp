@@ -7,7 +7,7 @@
 
 QSizeF DoodleLayout::getScaleSize() const
 {
-    return d->m_doodleView ? QSizeF(d->m_doodleView->rect().size()) : QSizeF(0, 0);
+    return d->m_canvas->boardSize();
 }
 
 QPointF DoodleLayout::logicFromNormal(const QPointF &point) const

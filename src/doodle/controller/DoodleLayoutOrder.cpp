@@ -238,14 +238,14 @@ void DoodleLayoutPrivate::placeEntry(qsizetype index)
     }
     // Nothing ordered after it touches its pixels, so drawing it last gives
     // the same picture; the savepoints that lack it get it the same way.
-    ZQDoodleDrawView *canvas = cacheSurface();
+    DoodleSurface *canvas = cacheSurface();
     const DoodleAction &action = *m_doodlePathCache.entries().at(index).action;
     paint(action);
     for (DoodleSavepoint &save : m_saves) {
         if (!save.stale)
             continue;
         save.stale = false;
-        if (save.picture.size() != canvas->cacheImage().size()) {
+        if (save.picture.size() != canvas->picture().size()) {
             save.count = -1;
             continue;
         }
@@ -257,7 +257,7 @@ void DoodleLayoutPrivate::placeEntry(qsizetype index)
 
 QRect DoodleLayoutPrivate::measureEntry(qsizetype index)
 {
-    ZQDoodleDrawView *canvas = cacheSurface();
+    DoodleSurface *canvas = cacheSurface();
     canvas->setMeasuring(true);
     const QRect rect = paint(*m_doodlePathCache.entries().at(index).action);
     canvas->setMeasuring(false);

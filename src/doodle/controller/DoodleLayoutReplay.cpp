@@ -69,19 +69,9 @@ void DoodleLayout::drawDoodle(const DoodleActionPtr &action)
         d->paint(*action);
 }
 
-ZQDoodleDrawView *DoodleLayoutPrivate::cacheSurface()
-{
-    // Replay draws on the cache canvas alone: previews and an open text field
-    // on the temp canvases stay as they are.
-    ZQDoodleView *board = q->doodleView();
-    ZQDoodleDrawView *canvas = board->cacheCanvas();
-    canvas->setGeometry(board->rect());
-    return canvas;
-}
-
 QRect DoodleLayoutPrivate::paint(const DoodleAction &a)
 {
-    ZQDoodleDrawView *canvas = cacheSurface();
+    DoodleSurface *canvas = cacheSurface();
     const double lineWidth = q->normalFromLogicWidth(a.brushWidth());
     switch (a.actionType()) {
     case DoodleActionTypeStroke:
@@ -89,17 +79,17 @@ QRect DoodleLayoutPrivate::paint(const DoodleAction &a)
         drawStroke(a);
         break;
     case DoodleActionTypeText:
-        canvas->textInCacheWithStartPoint(q->normalFromLogicPositionX(a.x(), a.y()), a.text(),
-                                          q->normalFromLogicWidth(a.textSize()), a.brushColor());
+        canvas->drawText(q->normalFromLogicPositionX(a.x(), a.y()), a.text(),
+                         q->normalFromLogicWidth(a.textSize()), a.brushColor());
         break;
     case DoodleActionTypeEllipse:
     case DoodleActionTypeRectangle:
         paintBox(a, lineWidth);
         break;
     case DoodleActionTypeArrow:
-        canvas->arrowInCacheWithStartPoint(q->normalFromLogicPositionX(a.x(), a.y()),
-                                           q->normalFromLogicPositionX(a.endX(), a.endY()),
-                                           lineWidth, a.brushColor());
+        canvas->drawArrow(q->normalFromLogicPositionX(a.x(), a.y()),
+                          q->normalFromLogicPositionX(a.endX(), a.endY()), lineWidth,
+                          a.brushColor());
         break;
     default:
         return QRect();
@@ -112,9 +102,9 @@ void DoodleLayoutPrivate::paintBox(const DoodleAction &a, double lineWidth)
     const QRectF logic(double(a.x()), double(a.y()), double(a.width()), double(a.height()));
     const QRectF rect = q->normalFromLogicRect(logic);
     if (a.actionType() == DoodleActionTypeRectangle) {
-        cacheSurface()->rectangleInCacheWithRect(rect, lineWidth, a.brushColor());
+        cacheSurface()->drawRectangle(rect, lineWidth, a.brushColor());
     } else {
-        cacheSurface()->ellipseInCacheWithRect(rect, lineWidth, a.brushColor());
+        cacheSurface()->drawEllipse(rect, lineWidth, a.brushColor());
         DOODLE_LOG(QStringLiteral("CGRectMake %1").arg(DoodleNumber::rectText(logic)));
     }
 }
@@ -132,12 +122,11 @@ void DoodleLayoutPrivate::drawStroke(const DoodleAction &action)
     const double width = q->normalFromLogicWidth(double(action.brushWidth()));
     const bool erase = action.actionType() != DoodleActionTypeStroke;
     if (dot)
-        cacheSurface()->dotInCacheWithPoint(path.currentPosition(), width, action.brushColor(),
-                                            erase);
+        cacheSurface()->drawDot(path.currentPosition(), width, action.brushColor(), erase);
     else if (!erase)
-        cacheSurface()->drawInCacheWithPath(path, width, action.brushColor());
+        cacheSurface()->drawPath(path, width, action.brushColor());
     else
-        cacheSurface()->eraseInCacheWithPath(path, width);
+        cacheSurface()->erasePath(path, width);
 }
 
 QPainterPath DoodleLayoutPrivate::smoothedPath(const DoodlePointList &points, bool *isDot) const
@@ -172,7 +161,7 @@ void DoodleLayout::drawCachePath()
 {
     if (!isViewLoaded())
         return;
-    d->cacheSurface()->cleanForRedraw();
+    d->cacheSurface()->clear(false);
     const qsizetype count = d->m_doodlePathCache.size();
     DOODLE_LOG(QStringLiteral("addAction %1").arg(DoodleNumber::printfD(count)));
     d->dropSavepoints(-1);
@@ -233,7 +222,7 @@ void DoodleLayoutPrivate::noteAppended()
 
 void DoodleLayoutPrivate::redrawRegion(const QRectF &area)
 {
-    ZQDoodleDrawView *canvas = cacheSurface();
+    DoodleSurface *canvas = cacheSurface();
     const QRect region = area.toAlignedRect() & canvas->rect();
     // Stale savepoints lack a drawing that came in or still hold one that
     // went, inside the region only: the replay passes them and mends their
@@ -343,8 +332,8 @@ void DoodleLayout::cleanDoodleCaches()
     d->m_doodlePathCache.cleanAllPath();
     d->recomputeFingerprint();
     d->dropSavepoints(-1);
-    if (d->m_doodleView) {
-        d->cacheSurface()->cleanAllPath();
+    if (d->m_canvas->isShown()) {
+        d->cacheSurface()->clear(true);
         d->takeSavepoint(0, false);
     }
     d->reapplyLiveErasure();

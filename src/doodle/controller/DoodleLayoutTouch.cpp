@@ -50,9 +50,9 @@ bool DoodleLayoutPrivate::isOnBoard(const QPointF &point) const
 {
     // A point in the board's own coordinates; with a fixed aspect the board
     // sits inside its view's margins, and a point there is off the board.
-    if (!m_doodleView)
+    if (!m_canvas->isShown())
         return false;
-    const QSizeF size = m_doodleView->geometry().size();
+    const QSizeF size = m_canvas->boardSize();
     return point.x() >= 0 && point.x() < size.width() && point.y() >= 0 &&
            point.y() < size.height();
 }
@@ -87,7 +87,7 @@ void DoodleLayoutPrivate::abandonGesture()
     const QRectF erased = m_liveErased;
     const bool hadPreview = m_drawPathDidMoved;
     resetGesture();
-    if (!m_doodleView)
+    if (!m_canvas->isShown())
         return;
     if (hadPreview)
         cleanPreview();
@@ -98,24 +98,29 @@ void DoodleLayoutPrivate::abandonGesture()
 
 void DoodleLayoutPrivate::cleanPreview()
 {
-    for (quint64 index : {kPreviewCanvas, kTailCanvas}) {
-        if (ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(index))
-            canvas->cleanForRedraw();
-    }
+    for (quint64 index : {kPreviewCanvas, kTailCanvas})
+        m_canvas->cleanPreview(index, false);
+}
+
+DoodleSurface *DoodleLayoutPrivate::freshPreview()
+{
+    // A shape's preview shows the shape alone: emptied before every move.
+    m_canvas->cleanPreview(kPreviewCanvas, false);
+    return m_canvas->previewSurface(kPreviewCanvas);
 }
 
 void DoodleLayoutPrivate::drawTail(const QPointF &from, const QPointF &to)
 {
     // The smoothed path ends half way to the pointer; a straight stretch on a
     // surface of its own shows the rest until the next move replaces it.
-    ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(kTailCanvas);
+    DoodleSurface *canvas = m_canvas->previewSurface(kTailCanvas);
     if (!canvas)
         return;
     if (!m_tail.isEmpty()) // wider than drawn, so no antialiased edge is left behind
-        canvas->eraseInCacheWithPath(m_tail, m_gesture.width + 2);
+        canvas->erasePath(m_tail, m_gesture.width + 2);
     m_tail = QPainterPath(from);
     m_tail.lineTo(to);
-    q->doodleView()->drawInTempWithPath(m_tail, m_gesture.width, m_gesture.color, kTailCanvas);
+    canvas->drawPath(m_tail, m_gesture.width, m_gesture.color);
 }
 
 bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
@@ -158,9 +163,9 @@ void DoodleLayoutPrivate::commitGesture()
 
 void DoodleLayoutPrivate::reapplyLiveErasure()
 {
-    if (!m_hasPath || m_gesture.mode != DoodleActionModeEraser || !m_doodleView)
+    if (!m_hasPath || m_gesture.mode != DoodleActionModeEraser || !m_canvas->isShown())
         return;
-    cacheSurface()->eraseInCacheWithPath(m_path, m_gesture.width);
+    cacheSurface()->erasePath(m_path, m_gesture.width);
     m_liveErased |= cacheSurface()->lastPaintedRect();
 }
 
@@ -267,11 +272,11 @@ void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
     segment.quadTo(control, mid);
     m_strokeEnd = mid;
     if (m_gesture.mode == DoodleActionModeBrush) {
-        q->doodleView()->drawInTempWithPath(segment, m_gesture.width, m_gesture.color,
-                                            kPreviewCanvas);
+        if (DoodleSurface *preview = m_canvas->previewSurface(kPreviewCanvas))
+            preview->drawPath(segment, m_gesture.width, m_gesture.color);
         drawTail(mid, point);
     } else {
-        cacheSurface()->eraseInCacheWithPath(segment, m_gesture.width);
+        cacheSurface()->erasePath(segment, m_gesture.width);
         m_liveErased |= cacheSurface()->lastPaintedRect();
     }
     m_drawPathDidMoved = true;
@@ -282,10 +287,12 @@ void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
 void DoodleLayoutPrivate::moveBox(const QPointF &mid)
 {
     m_rect.setSize(QSizeF(mid.x() - m_rect.x(), mid.y() - m_rect.y()));
-    if (m_gesture.mode == DoodleActionModeRectangle)
-        q->doodleView()->rectInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
-    else
-        q->doodleView()->ellipseInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
+    if (DoodleSurface *preview = freshPreview()) {
+        if (m_gesture.mode == DoodleActionModeRectangle)
+            preview->drawRectangle(m_rect, m_gesture.width, m_gesture.color);
+        else
+            preview->drawEllipse(m_rect, m_gesture.width, m_gesture.color);
+    }
     m_drawPathDidMoved = true;
     m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
     m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
@@ -294,7 +301,8 @@ void DoodleLayoutPrivate::moveBox(const QPointF &mid)
 void DoodleLayoutPrivate::moveArrow(const QPointF &mid)
 {
     m_endPoint = mid;
-    q->doodleView()->arrowInTempWithStartPoint(m_startPoint, mid, m_gesture.width, m_gesture.color);
+    if (DoodleSurface *preview = freshPreview())
+        preview->drawArrow(m_startPoint, mid, m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = true;
     const QPointF logic = q->logicFromNormal(mid);
     m_doodleDraw->setEndX(float(logic.x()));
@@ -394,17 +402,13 @@ void DoodleLayoutPrivate::openTextEntry(const QPointF &end)
     m_textDraw->setX(float(logic.x()));
     m_textDraw->setY(float(logic.y()));
     m_textDraw->setTextSize(float(q->logicFromNormalWidth(m_gesture.width)));
-    q->doodleView()->textInTempWithStartPoint(end, QString(), m_gesture.width, m_gesture.color,
-                                              kTextCanvas);
+    m_canvas->openTextEntry(end, m_gesture.width, m_gesture.color, kTextCanvas);
 }
 
 void DoodleLayoutPrivate::closeTextField()
 {
     m_textDraw.reset();
-    if (m_doodleView) {
-        if (ZQDoodleDrawView *canvas = m_doodleView->getTempCanvas(kTextCanvas))
-            canvas->cleanAllPath();
-    }
+    m_canvas->cleanPreview(kTextCanvas, true);
 }
 
 void DoodleLayoutPrivate::commitOpenText()
@@ -412,8 +416,7 @@ void DoodleLayoutPrivate::commitOpenText()
     const DoodleActionPtr action = m_textDraw;
     if (!action)
         return;
-    const QLineEdit *field = m_doodleView ? m_doodleView->tempTextField() : nullptr;
-    const QString text = field ? field->text() : QString();
+    const QString text = m_canvas->textEntryText();
     closeTextField();
     // A blank text would draw nothing, yet the next undo would take it back.
     if (text.trimmed().isEmpty())

@@ -2,6 +2,7 @@
 
 // The board controller's private state and its internal steps. Not installed:
 // hosts see only DoodleLayout, so the state can change without breaking them.
+#include <doodle/board/DoodleBoardCanvas_p.h>
 #include <doodle/controller/DoodleLayout.h>
 #include <doodle/model/DoodlePathCache.h>
 #include <doodle/support/DoodleWeak.h>
@@ -16,6 +17,7 @@
 
 #include <QSet>
 
+#include <memory>
 #include <optional>
 
 class DoodleLayoutView;
@@ -96,7 +98,7 @@ public:
     // Saving.
     void writePicture(const QImage &picture) const;
     // Replay.
-    ZQDoodleDrawView *cacheSurface();
+    DoodleSurface *cacheSurface() { return &m_canvas->cacheSurface(); }
     QRect paint(const DoodleAction &action);
     void paintBox(const DoodleAction &action, double lineWidth);
     void drawEntry(qsizetype index);
@@ -119,6 +121,8 @@ public:
     void resetGesture();
     void abandonGesture();
     void cleanPreview();
+    // The preview surface, emptied for a shape drawn right after.
+    DoodleSurface *freshPreview();
     void drawTail(const QPointF &from, const QPointF &to);
     bool commitAction(const DoodleActionPtr &built);
     void commitGesture();
@@ -208,6 +212,8 @@ public:
     qint64 m_actionMode = 0;
     DoodleWeak<DoodleLayoutDelegate> m_delegate;
     QPointer<ZQDoodleView> m_doodleView;
+    // The board's pictures and text entry as the logic sees them.
+    std::unique_ptr<DoodleBoardCanvas> m_canvas;
     quint64 m_pageCount = 1;
     QColor m_backgroundColor;
     QImage m_backgroundImage;
