@@ -3,6 +3,11 @@
 # Quick header included here fails the build; its objects go into the library.
 add_library(doodle_board OBJECT
     doodle/board/DoodleBoardCanvas_p.h
+    doodle/board/DoodleBoardCoordinates.cpp
+    doodle/board/DoodleBoardCore_p.h
+    doodle/board/DoodleBoardLimits.cpp
+    doodle/board/DoodleBoardReplay.cpp
+    doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleDrawInput.cpp
     doodle/board/DoodleDrawInput.h
     doodle/board/DoodleSurface.cpp)
@@ -18,4 +23,5 @@ doodle_use_build_flags(doodle_board)
 
 target_sources(doodle PRIVATE $<TARGET_OBJECTS:doodle_board>)
 target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+    doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleSurface.h)

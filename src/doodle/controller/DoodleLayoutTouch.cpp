@@ -64,7 +64,7 @@ DoodleActionPtr DoodleLayoutPrivate::newAction(qint64 type) const
     action->setUserId(m_userId);
     // Stored as the text form carries it, so that nothing finer is drawn locally.
     action->setBrushColor(QColor::fromRgba(m_gesture.color.rgba()));
-    action->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    action->setBrushWidth(float(logicFromNormalWidth(m_gesture.width)));
     return action;
 }
 
@@ -161,14 +161,6 @@ void DoodleLayoutPrivate::commitGesture()
         noteAppended();
 }
 
-void DoodleLayoutPrivate::reapplyLiveErasure()
-{
-    if (!m_hasPath || m_gesture.mode != DoodleActionModeEraser || !m_canvas->isShown())
-        return;
-    cacheSurface()->erasePath(m_path, m_gesture.width);
-    m_liveErased |= cacheSurface()->lastPaintedRect();
-}
-
 void DoodleLayout::touchesBegan(const DoodleTouch &touch)
 {
     if (d->m_isMinToolBar)
@@ -204,7 +196,7 @@ void DoodleLayoutPrivate::beginStroke(const QPointF &point)
     m_strokeEnd = point;
     const bool pen = m_gesture.mode == DoodleActionModeBrush;
     m_doodleDraw = newAction(pen ? DoodleActionTypeStroke : DoodleActionTypeEraser);
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
 }
 
@@ -214,7 +206,7 @@ void DoodleLayoutPrivate::beginBox(const QPointF &point)
     m_rectIsNull = false;
     const bool rectangle = m_gesture.mode == DoodleActionModeRectangle;
     m_doodleDraw = newAction(rectangle ? DoodleActionTypeRectangle : DoodleActionTypeEllipse);
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
 }
@@ -223,7 +215,7 @@ void DoodleLayoutPrivate::beginArrow(const QPointF &point)
 {
     m_startPoint = point;
     m_doodleDraw = newAction(DoodleActionTypeArrow);
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
 }
@@ -280,7 +272,7 @@ void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
         m_liveErased |= cacheSurface()->lastPaintedRect();
     }
     m_drawPathDidMoved = true;
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
 }
 
@@ -294,8 +286,8 @@ void DoodleLayoutPrivate::moveBox(const QPointF &mid)
             preview->drawEllipse(m_rect, m_gesture.width, m_gesture.color);
     }
     m_drawPathDidMoved = true;
-    m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
-    m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
+    m_doodleDraw->setWidth(float(logicFromNormalWidth(m_rect.width())));
+    m_doodleDraw->setHeight(float(logicFromNormalHeight(m_rect.height())));
 }
 
 void DoodleLayoutPrivate::moveArrow(const QPointF &mid)
@@ -304,7 +296,7 @@ void DoodleLayoutPrivate::moveArrow(const QPointF &mid)
     if (DoodleSurface *preview = freshPreview())
         preview->drawArrow(m_startPoint, mid, m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = true;
-    const QPointF logic = q->logicFromNormal(mid);
+    const QPointF logic = logicFromNormal(mid);
     m_doodleDraw->setEndX(float(logic.x()));
     m_doodleDraw->setEndY(float(logic.y()));
 }
@@ -377,17 +369,17 @@ void DoodleLayoutPrivate::endBox(const QPointF &end, bool normalise)
                                 std::abs(end.x() - origin.x()), std::abs(end.y() - origin.y()))
                        : QRectF(origin, QSizeF(end.x() - origin.x(), end.y() - origin.y()));
     if (normalise) {
-        const QPointF logic = q->logicFromNormal(m_rect.topLeft());
+        const QPointF logic = logicFromNormal(m_rect.topLeft());
         m_doodleDraw->setX(float(logic.x()));
         m_doodleDraw->setY(float(logic.y()));
     }
-    m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
-    m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
+    m_doodleDraw->setWidth(float(logicFromNormalWidth(m_rect.width())));
+    m_doodleDraw->setHeight(float(logicFromNormalHeight(m_rect.height())));
 }
 
 void DoodleLayoutPrivate::endArrow(const QPointF &end)
 {
-    const QPointF logic = q->logicFromNormal(end);
+    const QPointF logic = logicFromNormal(end);
     m_doodleDraw->setEndX(float(logic.x()));
     m_doodleDraw->setEndY(float(logic.y()));
 }
@@ -398,10 +390,10 @@ void DoodleLayoutPrivate::openTextEntry(const QPointF &end)
     resetGesture();
     m_textDraw = newAction(DoodleActionTypeText);
     m_textDraw->setBrushWidth(0);
-    const QPointF logic = q->logicFromNormal(end);
+    const QPointF logic = logicFromNormal(end);
     m_textDraw->setX(float(logic.x()));
     m_textDraw->setY(float(logic.y()));
-    m_textDraw->setTextSize(float(q->logicFromNormalWidth(m_gesture.width)));
+    m_textDraw->setTextSize(float(logicFromNormalWidth(m_gesture.width)));
     m_canvas->openTextEntry(end, m_gesture.width, m_gesture.color, kTextCanvas);
 }
 

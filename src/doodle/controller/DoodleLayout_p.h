@@ -2,7 +2,7 @@
 
 // The board controller's private state and its internal steps. Not installed:
 // hosts see only DoodleLayout, so the state can change without breaking them.
-#include <doodle/board/DoodleBoardCanvas_p.h>
+#include <doodle/board/DoodleBoardCore_p.h>
 #include <doodle/controller/DoodleLayout.h>
 #include <doodle/model/DoodlePathCache.h>
 #include <doodle/support/DoodleWeak.h>
@@ -41,26 +41,6 @@ struct DoodleStamp
 };
 size_t qHash(const DoodleStamp &stamp, size_t seed = 0);
 
-// The tool, width and colour a gesture was started with: everything it draws
-// and the action it commits use these, whatever the tool state becomes meanwhile.
-struct DoodleGestureTool
-{
-    qint64 mode = DoodleActionModeNone;
-    double width = 0; // view points: the brush, eraser or text size
-    QColor color;
-};
-
-// The cache canvas's picture of the first `count` cached drawings: a region
-// redraw starts from it and replays only what came after.
-struct DoodleSavepoint
-{
-    QImage picture;
-    qsizetype count = -1; // -1: none
-    // A drawing came in or went before `count` and is not yet drawn here: the
-    // next region redraw mends the region it covers.
-    bool stale = false;
-};
-
 // Changes to the cache made together (a merged state, a participant's drawings
 // taken away) are drawn once at the end: the region they cover, or the whole
 // board past a number of changes.
@@ -71,7 +51,9 @@ struct DoodleBatch
     bool whole = false;
 };
 
-class DoodleLayoutPrivate
+// The Widgets front-end of the board: its view, bars, pickers and alerts over
+// the board's core.
+class DoodleLayoutPrivate : public DoodleBoardCore
 {
 public:
     explicit DoodleLayoutPrivate(DoodleLayout *owner) : q(owner) {}
@@ -97,23 +79,6 @@ public:
     void showColour(const QColor &color);
     // Saving.
     void writePicture(const QImage &picture) const;
-    // Replay.
-    DoodleSurface *cacheSurface() { return &m_canvas->cacheSurface(); }
-    QRect paint(const DoodleAction &action);
-    void paintBox(const DoodleAction &action, double lineWidth);
-    void drawEntry(qsizetype index);
-    void drawStroke(const DoodleAction &action);
-    // The stroke through the points; `isDot` tells when several points share one place.
-    QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
-    // Redraws the region from the cache, from the newest savepoint that is not
-    // stale, and mends the stale ones it passes.
-    void redrawRegion(const QRectF &area);
-    // A drawing was put at `index` (`shift` 1) or taken from it (-1).
-    void shiftSavepoints(qsizetype index, int shift);
-    void noteAppended();
-    void dropSavepoints(qsizetype keepUpTo);
-    void takeSavepoint(qsizetype count, bool coarse);
-    void reapplyLiveErasure();
     // Gestures.
     DoodleGestureTool toolForMode(qint64 mode) const;
     bool isOnBoard(const QPointF &point) const;
@@ -174,27 +139,19 @@ public:
     void mergeActions(const QJsonArray &actions, bool takeUnstamped);
     qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
     void forgetOrder();
-    // Limits on what others send.
-    bool withinLimits(const QString &sender, const DoodleAction &action) const;
-    bool textWithinLimit(const QString &sender, const QString &text) const;
 
     DoodleLayout *q;
     QString m_userId;
     QList<QColor> m_backgroundColors;
     QList<QImage> m_backgroundImages;
-    QPainterPath m_path;
-    bool m_hasPath = false;
     QPointF m_strokeEnd; // where the last previewed segment of the stroke ended
     QPainterPath m_tail; // from there to the pointer
     QRectF m_rect;
     bool m_rectIsNull = true;
     QPointF m_startPoint;
     QPointF m_endPoint;
-    DoodlePathCache m_doodlePathCache; // lives as long as the board
-    DoodleActionPtr m_doodleDraw;      // the stroke or shape under way
-    DoodleGestureTool m_gesture;
-    QRectF m_liveErased;        // what a live eraser cleared on the cache canvas
-    DoodleActionPtr m_textDraw; // the text whose field is open
+    DoodleActionPtr m_doodleDraw; // the stroke or shape under way
+    DoodleActionPtr m_textDraw;   // the text whose field is open
     bool m_drawPathDidMoved = false;
     QList<double> m_brushWidthArray;
     QList<double> m_eraserWidthArray;
@@ -205,15 +162,12 @@ public:
     qint64 m_textSizeSelectIndex = 0;
     bool m_isMinToolBar = false;
     bool m_drawReceiveTrackAnimated = false;
-    double m_brushWidth = 0;
     double m_eraserWidth = 0;
     double m_textSize = 0;
     QColor m_brushColor;
     qint64 m_actionMode = 0;
     DoodleWeak<DoodleLayoutDelegate> m_delegate;
     QPointer<ZQDoodleView> m_doodleView;
-    // The board's pictures and text entry as the logic sees them.
-    std::unique_ptr<DoodleBoardCanvas> m_canvas;
     quint64 m_pageCount = 1;
     QColor m_backgroundColor;
     QImage m_backgroundImage;
@@ -221,8 +175,6 @@ public:
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
     QSizeF m_boardAspect; // empty: the board fills its view
-    DoodleReceiveLimits m_limits;
-    DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
     std::optional<DoodleBatch> m_batch;
     // Order, state and moderation.
     quint64 m_clock = 0;

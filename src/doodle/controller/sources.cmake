@@ -1,7 +1,6 @@
 target_sources(doodle PRIVATE
     doodle/controller/DoodleLayout.cpp
     doodle/controller/DoodleLayoutCoordinates.cpp
-    doodle/controller/DoodleLayoutLimits.cpp
     doodle/controller/DoodleLayoutOrder.cpp
     doodle/controller/DoodleLayoutReplay.cpp
     doodle/controller/DoodleLayoutSnapshot.cpp
