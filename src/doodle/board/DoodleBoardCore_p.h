@@ -16,7 +16,13 @@
 #include <QPointF>
 #include <QRectF>
 
+#include <QSet>
+#include <QString>
+
 #include <memory>
+#include <optional>
+
+class QJsonArray;
 
 // The tool, width and colour a gesture was started with: everything it draws
 // and the action it commits use these, whatever the tool state becomes meanwhile.
@@ -36,6 +42,32 @@ struct DoodleSavepoint
     // A drawing came in or went before `count` and is not yet drawn here: the
     // next region redraw mends the region it covers.
     bool stale = false;
+};
+
+// An order stamp: a Lamport clock, ties broken by the sender the channel named.
+struct DoodleStamp
+{
+    quint64 clock = 0;
+    QString sender;
+    friend bool operator<(const DoodleStamp &a, const DoodleStamp &b)
+    {
+        return a.clock != b.clock ? a.clock < b.clock : a.sender < b.sender;
+    }
+    friend bool operator==(const DoodleStamp &a, const DoodleStamp &b)
+    {
+        return a.clock == b.clock && a.sender == b.sender;
+    }
+};
+size_t qHash(const DoodleStamp &stamp, size_t seed = 0);
+
+// Changes to the cache made together (a merged state, a participant's drawings
+// taken away) are drawn once at the end: the region they cover, or the whole
+// board past a number of changes.
+struct DoodleBatch
+{
+    QRectF region;
+    qsizetype changes = 0;
+    bool whole = false;
 };
 
 class DoodleBoardCore
@@ -76,6 +108,42 @@ public:
     void takeSavepoint(qsizetype count, bool coarse);
     void reapplyLiveErasure();
 
+    // Order, state and moderation.
+    static DoodleStamp stampOf(const DoodleCacheEntry &entry);
+    void observeClock(quint64 clock);
+    quint64 nextStamp();
+    static quint64 entryHash(const QString &owner, const DoodleAction &action);
+    void recomputeFingerprint();
+    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner);
+    qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
+    bool receiveDrawing(const DoodleActionPtr &action, const QString &owner);
+    void placeEntry(qsizetype index);
+    bool overlapsLaterEntries(qsizetype index, const QRect &rect) const;
+    void removeEntry(qsizetype index);
+    QRect measureEntry(qsizetype index);
+    void beginBatch();
+    void batchChange(qsizetype inserted, const QRectF &removed);
+    void endBatch();
+    void rememberUndone(const DoodleStamp &stamp);
+    qsizetype lastIndexOwnedBy(const QString &owner) const;
+    void undoStamped(const QString &owner, quint64 clock);
+    // Takes a clear newer than the last one; true if it removed drawings.
+    bool applyClear(const DoodleStamp &stamp);
+    void redrawAfterClear();
+    void mergeUndone(const QJsonArray &undone);
+    void mergeActions(const QJsonArray &actions, bool takeUnstamped);
+    qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
+    void forgetOrder();
+    // The state a board hands to another, and what it takes from one.
+    QString exportState() const;
+    bool mergeState(const QString &text);
+    // Takes away every drawing of the participant, with one redraw.
+    void removeDrawingsOf(const QString &userId);
+    // Empties the cache and the cache picture.
+    void clearCache();
+    // The front-end's hook: the cache changed, so undo and clear may have.
+    virtual void scheduleCommandUpdate() = 0;
+
     // Limits on what others send.
     bool withinLimits(const QString &sender, const DoodleAction &action) const;
     bool textWithinLimit(const QString &sender, const QString &text) const;
@@ -86,6 +154,14 @@ public:
     DoodleReceiveLimits m_limits;
     DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
     double m_brushWidth = 0;
+    // Order, state and moderation.
+    quint64 m_clock = 0;
+    std::optional<DoodleStamp> m_lastClear;
+    QSet<DoodleStamp> m_undone; // drawings taken back, so that no copy brings them back
+    QSet<QString> m_muted;
+    quint64 m_fingerprint = 0;
+    qsizetype m_unstampedCount = 0; // cached drawings without a stamp
+    std::optional<DoodleBatch> m_batch;
     // The gesture under way, in the board's coordinates.
     DoodleGestureTool m_gesture;
     QPainterPath m_path;

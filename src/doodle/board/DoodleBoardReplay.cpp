@@ -216,3 +216,15 @@ void DoodleBoardCore::reapplyLiveErasure()
     cacheSurface()->erasePath(m_path, m_gesture.width);
     m_liveErased |= cacheSurface()->lastPaintedRect();
 }
+
+void DoodleBoardCore::clearCache()
+{
+    m_doodlePathCache.cleanAllPath();
+    recomputeFingerprint();
+    dropSavepoints(-1);
+    if (m_canvas->isShown()) {
+        cacheSurface()->clear(true);
+        takeSavepoint(0, false);
+    }
+    reapplyLiveErasure();
+}

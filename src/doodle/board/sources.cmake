@@ -6,6 +6,7 @@ add_library(doodle_board OBJECT
     doodle/board/DoodleBoardCoordinates.cpp
     doodle/board/DoodleBoardCore_p.h
     doodle/board/DoodleBoardLimits.cpp
+    doodle/board/DoodleBoardOrder.cpp
     doodle/board/DoodleBoardReplay.cpp
     doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleDrawInput.cpp

@@ -135,12 +135,5 @@ bool DoodleLayout::commitLocalAction(const DoodleActionPtr &action)
 
 void DoodleLayout::cleanDoodleCaches()
 {
-    d->m_doodlePathCache.cleanAllPath();
-    d->recomputeFingerprint();
-    d->dropSavepoints(-1);
-    if (d->m_canvas->isShown()) {
-        d->cacheSurface()->clear(true);
-        d->takeSavepoint(0, false);
-    }
-    d->reapplyLiveErasure();
+    d->clearCache();
 }

@@ -25,32 +25,6 @@ class QAbstractButton;
 class QJsonArray;
 struct DoodlePicker;
 
-// An order stamp: a Lamport clock, ties broken by the sender the channel named.
-struct DoodleStamp
-{
-    quint64 clock = 0;
-    QString sender;
-    friend bool operator<(const DoodleStamp &a, const DoodleStamp &b)
-    {
-        return a.clock != b.clock ? a.clock < b.clock : a.sender < b.sender;
-    }
-    friend bool operator==(const DoodleStamp &a, const DoodleStamp &b)
-    {
-        return a.clock == b.clock && a.sender == b.sender;
-    }
-};
-size_t qHash(const DoodleStamp &stamp, size_t seed = 0);
-
-// Changes to the cache made together (a merged state, a participant's drawings
-// taken away) are drawn once at the end: the region they cover, or the whole
-// board past a number of changes.
-struct DoodleBatch
-{
-    QRectF region;
-    qsizetype changes = 0;
-    bool whole = false;
-};
-
 // The Widgets front-end of the board: its view, bars, pickers and alerts over
 // the board's core.
 class DoodleLayoutPrivate : public DoodleBoardCore
@@ -106,39 +80,14 @@ public:
     // Commits the open text field's text as Return does; a blank one is dropped.
     void commitOpenText();
     QPointF gestureEndPoint(const DoodleTouch &touch) const;
-    // Order, state and moderation.
-    static DoodleStamp stampOf(const DoodleCacheEntry &entry);
-    void observeClock(quint64 clock);
-    quint64 nextStamp();
-    static quint64 entryHash(const QString &owner, const DoodleAction &action);
-    void recomputeFingerprint();
-    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner);
-    qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
-    bool receiveDrawing(const DoodleActionPtr &action, const QString &owner);
-    void placeEntry(qsizetype index);
-    bool overlapsLaterEntries(qsizetype index, const QRect &rect) const;
-    void removeEntry(qsizetype index);
-    QRect measureEntry(qsizetype index);
-    void beginBatch();
-    void batchChange(qsizetype inserted, const QRectF &removed);
-    void endBatch();
-    void rememberUndone(const DoodleStamp &stamp);
-    // The undo and clear buttons follow the cache, once per turn of the event loop.
-    void scheduleCommandUpdate();
+    // The core's hook: the undo and clear buttons follow the cache, once
+    // per turn of the event loop.
+    void scheduleCommandUpdate() override;
     void updateCommandButtons();
-    qsizetype lastIndexOwnedBy(const QString &owner) const;
-    void undoStamped(const QString &owner, quint64 clock);
-    // Takes a clear newer than the last one; true if it removed drawings.
-    bool applyClear(const DoodleStamp &stamp);
-    void redrawAfterClear();
     // The host hears who cleared the board, here or elsewhere.
     void notifyCleared(const QString &userId);
     // The clear button's question; the board clears once it is answered yes.
     void confirmClear();
-    void mergeUndone(const QJsonArray &undone);
-    void mergeActions(const QJsonArray &actions, bool takeUnstamped);
-    qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
-    void forgetOrder();
 
     DoodleLayout *q;
     QString m_userId;
@@ -175,14 +124,7 @@ public:
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
     QSizeF m_boardAspect; // empty: the board fills its view
-    std::optional<DoodleBatch> m_batch;
     // Order, state and moderation.
-    quint64 m_clock = 0;
-    std::optional<DoodleStamp> m_lastClear;
-    QSet<DoodleStamp> m_undone; // drawings taken back, so that no copy brings them back
-    QSet<QString> m_muted;
-    quint64 m_fingerprint = 0;
-    qsizetype m_unstampedCount = 0; // cached drawings without a stamp
     bool m_observing = false;
     bool m_commandUpdatePending = false;
     bool m_confirmsClear = true;

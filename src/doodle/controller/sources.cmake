@@ -1,9 +1,9 @@
 target_sources(doodle PRIVATE
     doodle/controller/DoodleLayout.cpp
     doodle/controller/DoodleLayoutCoordinates.cpp
-    doodle/controller/DoodleLayoutOrder.cpp
     doodle/controller/DoodleLayoutReplay.cpp
     doodle/controller/DoodleLayoutSnapshot.cpp
+    doodle/controller/DoodleLayoutState.cpp
     doodle/controller/DoodleLayoutToolbar.cpp
     doodle/controller/DoodleLayoutTouch.cpp
     doodle/controller/DoodleLayoutView.cpp
