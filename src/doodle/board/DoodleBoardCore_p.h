@@ -144,6 +144,41 @@ public:
     // The front-end's hook: the cache changed, so undo and clear may have.
     virtual void scheduleCommandUpdate() = 0;
 
+    // Gestures, in the board's coordinates: a touch begins, moves, ends or
+    // is cancelled.
+    void gestureBegan(const DoodleTouch &touch);
+    void gestureMoved(const DoodleTouch &touch);
+    void gestureEnded(const DoodleTouch &touch);
+    void gestureCancelled(const DoodleTouch &touch);
+    // The front-end's hook: the host hears of each local action before the
+    // cache records it.
+    virtual void actionGenerated(const DoodleActionPtr &action) = 0;
+    DoodleGestureTool toolForMode(qint64 mode) const;
+    bool isOnBoard(const QPointF &point) const;
+    DoodleActionPtr newAction(qint64 type) const;
+    void resetGesture();
+    void abandonGesture();
+    void cleanPreview();
+    // The preview surface, emptied for a shape drawn right after.
+    DoodleSurface *freshPreview();
+    void drawTail(const QPointF &from, const QPointF &to);
+    bool commitAction(const DoodleActionPtr &built);
+    void commitGesture();
+    void beginStroke(const QPointF &point);
+    void beginBox(const QPointF &point);
+    void beginArrow(const QPointF &point);
+    void finishStrokeOffBoard();
+    void moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point);
+    void moveBox(const QPointF &mid);
+    void moveArrow(const QPointF &mid);
+    void finishGesture(const QPointF &end, bool cancelled);
+    void endBox(const QPointF &end, bool normalise);
+    void endArrow(const QPointF &end);
+    void openTextEntry(const QPointF &end);
+    void closeTextField();
+    // Commits the open text field's text as Return does; a blank one is dropped.
+    void commitOpenText();
+    QPointF gestureEndPoint(const DoodleTouch &touch) const;
     // Limits on what others send.
     bool withinLimits(const QString &sender, const DoodleAction &action) const;
     bool textWithinLimit(const QString &sender, const QString &text) const;
@@ -153,7 +188,13 @@ public:
     DoodlePathCache m_doodlePathCache; // lives as long as the board
     DoodleReceiveLimits m_limits;
     DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
+    QString m_userId;
+    // Tool settings, in view points.
+    qint64 m_actionMode = 0;
     double m_brushWidth = 0;
+    double m_eraserWidth = 0;
+    double m_textSize = 0;
+    QColor m_brushColor;
     // Order, state and moderation.
     quint64 m_clock = 0;
     std::optional<DoodleStamp> m_lastClear;
@@ -163,6 +204,16 @@ public:
     qsizetype m_unstampedCount = 0; // cached drawings without a stamp
     std::optional<DoodleBatch> m_batch;
     // The gesture under way, in the board's coordinates.
+    QPointF m_strokeEnd; // where the last previewed segment of the stroke ended
+    QPainterPath m_tail; // from there to the pointer
+    QRectF m_rect;
+    bool m_rectIsNull = true;
+    QPointF m_startPoint;
+    QPointF m_endPoint;
+    DoodleActionPtr m_doodleDraw; // the stroke or shape under way
+    DoodleActionPtr m_textDraw;   // the text whose field is open
+    bool m_drawPathDidMoved = false;
+    bool m_leftForeground = false; // since the gesture under way began
     DoodleGestureTool m_gesture;
     QPainterPath m_path;
     bool m_hasPath = false;

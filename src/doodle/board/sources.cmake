@@ -5,6 +5,7 @@ add_library(doodle_board OBJECT
     doodle/board/DoodleBoardCanvas_p.h
     doodle/board/DoodleBoardCoordinates.cpp
     doodle/board/DoodleBoardCore_p.h
+    doodle/board/DoodleBoardGestures.cpp
     doodle/board/DoodleBoardLimits.cpp
     doodle/board/DoodleBoardOrder.cpp
     doodle/board/DoodleBoardReplay.cpp
