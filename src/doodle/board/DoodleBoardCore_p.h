@@ -179,6 +179,23 @@ public:
     // Commits the open text field's text as Return does; a blank one is dropped.
     void commitOpenText();
     QPointF gestureEndPoint(const DoodleTouch &touch) const;
+    // Actions from the host and the other participants, and this user's own.
+    void receiveAction(const DoodleActionPtr &action, const QString &fromUserId);
+    // As receiveAction, unless the sender is muted or the action over a limit.
+    void receiveFrom(const QString &userId, const DoodleActionPtr &action);
+    void receiveText(const QString &userId, const QString &text);
+    // Takes back the participant's last drawing, here only.
+    void undoLastOf(const QString &userId);
+    // This user's undo and clear, handed to the host as actions.
+    void undoOwn();
+    void clearOwn();
+    // An action the host made as this user's: drawn, or an undo or clear.
+    bool commitLocal(const DoodleActionPtr &action);
+    // The front-end's hooks: a clear of this user's is about to be made, and
+    // the board was cleared, here or elsewhere.
+    virtual void willClear() {}
+    virtual void notifyCleared(const QString &userId) = 0;
+
     // Limits on what others send.
     bool withinLimits(const QString &sender, const DoodleAction &action) const;
     bool textWithinLimit(const QString &sender, const QString &text) const;

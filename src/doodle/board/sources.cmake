@@ -3,6 +3,7 @@
 # Quick header included here fails the build; its objects go into the library.
 add_library(doodle_board OBJECT
     doodle/board/DoodleBoardCanvas_p.h
+    doodle/board/DoodleBoardCommands.cpp
     doodle/board/DoodleBoardCoordinates.cpp
     doodle/board/DoodleBoardCore_p.h
     doodle/board/DoodleBoardGestures.cpp

@@ -392,14 +392,12 @@ void DoodleLayout::canEdit(bool editable)
 
 void DoodleLayout::onDoodleActionReceived(const QString &userId, const DoodleActionPtr &action)
 {
-    if (action && !d->m_muted.contains(userId) && d->withinLimits(userId, *action))
-        doodleAction(action, userId);
+    d->receiveFrom(userId, action);
 }
 
 void DoodleLayout::onDoodleTextReceived(const QString &userId, const QString &text)
 {
-    if (d->textWithinLimit(userId, text))
-        onDoodleActionReceived(userId, DoodleTranslate::doodleActionFromString(text));
+    d->receiveText(userId, text);
 }
 
 DoodleReceiveLimits DoodleLayout::receiveLimits() const

@@ -57,8 +57,10 @@ public:
     // per turn of the event loop.
     void scheduleCommandUpdate() override;
     void updateCommandButtons();
-    // The host hears who cleared the board, here or elsewhere.
-    void notifyCleared(const QString &userId);
+    // The core's hooks: the host hears of a clear of this user's about to
+    // be made, and who cleared the board, here or elsewhere.
+    void willClear() override;
+    void notifyCleared(const QString &userId) override;
     // The clear button's question; the board clears once it is answered yes.
     void confirmClear();
     // The core's hook: the host hears of each local action.
