@@ -10,7 +10,7 @@
 #include <QSizeF>
 #include <QString>
 
-class DoodleBoardCanvas
+class DOODLE_EXPORT DoodleBoardCanvas
 {
 public:
     virtual ~DoodleBoardCanvas() = default;

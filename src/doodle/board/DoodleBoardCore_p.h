@@ -70,7 +70,7 @@ struct DoodleBatch
     bool whole = false;
 };
 
-class DoodleBoardCore
+class DOODLE_EXPORT DoodleBoardCore
 {
 public:
     virtual ~DoodleBoardCore() = default;

@@ -1,0 +1,59 @@
+#pragma once
+
+// The Quick board's private state: the board's core with a canvas of plain
+// surfaces that the item paints, and the text input an entry opens.
+#include "DoodleBoard.h"
+
+#include <doodle/board/DoodleBoardCore_p.h>
+
+#include <QPointer>
+
+class QQuickItem;
+
+class DoodleQuickCanvas : public DoodleBoardCanvas
+{
+public:
+    explicit DoodleQuickCanvas(DoodleBoard *item);
+
+    bool isShown() const override { return !boardSize().isEmpty(); }
+    QSizeF boardSize() const override { return m_item->size(); }
+    DoodleSurface &cacheSurface() override { return m_cache; }
+    DoodleSurface *previewSurface(quint64 index) override;
+    void cleanPreview(quint64 index, bool release) override;
+    void openTextEntry(const QPointF &point, double textSize, const QColor &color,
+                       quint64 index) override;
+    QString textEntryText() const override;
+
+    // Paints the cache and then every preview, in the item's points.
+    void paint(QPainter &painter, const QRect &area) const;
+
+private:
+    void prepare(DoodleSurface &surface);
+    void closeTextEntry();
+
+    DoodleBoard *m_item;
+    DoodleSurface m_cache;
+    DoodleSurface m_previews[3]; // previews, the text entry's, a stroke's tail
+    QPointer<QQuickItem> m_textInput;
+};
+
+class DoodleBoardPrivate : public DoodleBoardCore
+{
+public:
+    explicit DoodleBoardPrivate(DoodleBoard *item);
+
+    void scheduleCommandUpdate() override {}
+    void actionGenerated(const DoodleActionPtr &action) override;
+    void notifyCleared(const QString &userId) override;
+    // The board's picture at that scale: its background, then the cache and
+    // the previews pixel for pixel when the scale is the surfaces' own.
+    QImage composed(double scale) const;
+
+    DoodleBoard *q;
+    QColor m_backgroundColor = Qt::white;
+    QString m_waterString;
+    QSizeF m_boardAspect;
+    bool m_editable = true;
+    bool m_touching = false; // a gesture under way
+    QPointF m_lastPoint;     // where it was at the previous event
+};
