@@ -10,6 +10,5 @@ build=${1:-build}
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDOODLE_BUILD_TESTS=OFF
 cmake --build "$build" -j2
 demo=$(cd "$build" && pwd)/examples/two-boards/doodle_demo
-mkdir -p out
-cd out
-"$demo"
+# Saved pictures go to out/ in the repository, wherever the demo runs from.
+DOODLE_DEMO_PICTURES=$(pwd)/out "$demo"

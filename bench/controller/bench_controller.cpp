@@ -46,6 +46,34 @@ struct PhoneBoard
     DoodleLayout board;
 };
 
+// Vector export of a board of 500 strokes, every tenth stroke an eraser when
+// the second argument is 1: the PDF's clips grow with the erasers, the SVG's
+// masks do not. Arg 0 is SVG, 1 PDF.
+void BM_ExportVectors(benchmark::State &state)
+{
+    PhoneBoard phone;
+    for (int i = 0; i < 500; ++i) {
+        DoodleActionPtr stroke = wavyStroke(i, 50);
+        if (state.range(1) == 1 && i % 10 == 9)
+            stroke->setActionType(DoodleActionTypeEraser);
+        phone.board.onDoodleActionReceived(QStringLiteral("peer"), stroke);
+    }
+    qint64 bytes = 0;
+    for (auto _ : state) {
+        const QByteArray document =
+            state.range(0) == 0 ? phone.board.exportSvg() : phone.board.exportPdf();
+        bytes = document.size();
+        benchmark::DoNotOptimize(document.constData());
+    }
+    state.counters["bytes"] = double(bytes);
+}
+BENCHMARK(BM_ExportVectors)
+    ->Args({0, 0})
+    ->Args({0, 1})
+    ->Args({1, 0})
+    ->Args({1, 1})
+    ->Unit(benchmark::kMillisecond);
+
 // The same 50-point stroke as the board draws it, in view points.
 QPainterPath wavyPath(int index)
 {

@@ -1,11 +1,15 @@
 #include "DemoHost.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QTextStream>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 DemoParticipant::DemoParticipant(const QString &userId, const QSize &boardSize,
                                  const QString &outputFolder)
@@ -68,12 +72,33 @@ void DemoParticipant::reopen(DoodleLayout &peer)
     onPauseDoodle();
 }
 
+// The number after the highest that a picture of this participant in the
+// folder carries, so that no earlier picture is replaced, in this run or another.
+int DemoParticipant::nextPictureNumber() const
+{
+    const QString prefix = QStringLiteral("doodle-demo-%1-").arg(m_board.userId());
+    int highest = 0;
+    const QStringList names = QDir(m_outputFolder).entryList({prefix + "*.png"}, QDir::Files);
+    for (const QString &name : names)
+        highest = std::max(highest, name.mid(prefix.size()).chopped(4).toInt());
+    return highest + 1;
+}
+
 void DemoParticipant::writePicture(const QImage &picture)
 {
-    const QString name =
-        QStringLiteral("doodle-demo-%1-%2.png").arg(m_board.userId()).arg(++m_saved);
-    const QString path = QDir(m_outputFolder).absoluteFilePath(name);
-    const bool written = picture.save(path);
+    QDir().mkpath(m_outputFolder);
+    QFile file;
+    for (int number = nextPictureNumber(); !file.isOpen() && number < 1000000; ++number) {
+        file.setFileName(
+            QDir(m_outputFolder)
+                .absoluteFilePath(
+                    QStringLiteral("doodle-demo-%1-%2.png").arg(m_board.userId()).arg(number)));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && !file.exists())
+            break;
+    }
+    const QString path = file.fileName();
+    const QString name = QFileInfo(path).fileName();
+    const bool written = file.isOpen() && picture.save(&file, "PNG");
     QTextStream(written ? stdout : stderr) << (written ? "" : "could not write ") << path << '\n';
     emit status(written ? tr("%1: saved %2").arg(m_board.userId(), QDir::toNativeSeparators(path))
                         : tr("%1: could not save %2").arg(m_board.userId(), path));

@@ -9,7 +9,7 @@
 // One participant of the demo call: a board with the library's own tool bar
 // and the host's side of it. Every action the board generates goes out as
 // text through `send`, as a real host would put it on its channel; pictures
-// saved from the tool bar go into the output folder.
+// saved from the tool bar go into the output folder, numbered past those there.
 class DemoParticipant : public QObject, public DoodleLayoutDelegate
 {
     Q_OBJECT
@@ -39,10 +39,10 @@ signals:
 private:
     void configure();
     void writePicture(const QImage &picture);
+    int nextPictureNumber() const;
 
     DoodleLayout m_board;
     QString m_outputFolder;
-    int m_saved = 0;
 };
 
 // The demo window: two boards of different sizes side by side, each under a

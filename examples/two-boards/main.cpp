@@ -2,15 +2,26 @@
 // tool bar. With a display it opens a window; without one it plays the sample
 // session through both boards, unfolds their tool bars, saves a picture of
 // each board through the host's picture sink and writes one of the window.
-// Pictures go into the current folder.
+// Pictures go into demoFolder(), whatever the current folder.
 #include "DemoHost.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QStandardPaths>
 #include <QTextStream>
 
 namespace {
+
+// The subfolder doodle-demo of the user's pictures folder, or DOODLE_DEMO_PICTURES.
+QString demoFolder()
+{
+    const QString chosen = qEnvironmentVariable("DOODLE_DEMO_PICTURES");
+    if (!chosen.isEmpty())
+        return QDir(chosen).absolutePath();
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation))
+        .absoluteFilePath(QStringLiteral("doodle-demo"));
+}
 
 bool hasDisplay()
 {
@@ -47,7 +58,8 @@ int savePictures(DemoParticipant &alice, DemoParticipant &bob, QWidget &window)
         p->board().doodletoolButton()->click();
         p->board().saveImage();
     }
-    const QString png = QDir::current().absoluteFilePath(QStringLiteral("doodle-demo-window.png"));
+    const QString png =
+        QDir(demoFolder()).absoluteFilePath(QStringLiteral("doodle-demo-window.png"));
     if (!saved || !window.grab().toImage().save(png))
         return 1;
     QTextStream(stdout) << png << '\n';
@@ -62,7 +74,7 @@ int main(int argc, char **argv)
     if (offscreen)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    const QString output = QDir::currentPath();
+    const QString output = demoFolder();
     DemoParticipant alice(QStringLiteral("alice"), QSize(460, 620), output);
     DemoParticipant bob(QStringLiteral("bob"), QSize(400, 500), output);
     alice.send = [&bob](const QString &sender, const QString &text) { bob.receive(sender, text); };

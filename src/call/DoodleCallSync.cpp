@@ -3,12 +3,14 @@
 // states is their union, so a state that arrives twice, late or crossed by
 // another changes nothing that it should not.
 //
-// A message on "doodle/CALL/USER/sync" is one line of JSON, the header, and
-// for a state the state's text after a line break. Headers:
+// A message on "doodle/CALL/USER/sync" is one line of compact JSON, so that
+// a line-based observer sees one message a line; a state travels as a JSON
+// text in "state", as the wire form nests its texts:
 //   {"doodle_sync":1,"kind":"join","fingerprint":HEX}         a joiner asks for the board
 //   {"doodle_sync":1,"kind":"fingerprint","fingerprint":HEX}  the board changed, or a reconnection
-//   {"doodle_sync":1,"kind":"state","to":[USER...],"fingerprint":HEX[,"reply":true]}
+//   {"doodle_sync":1,"kind":"state","to":[USER...],"fingerprint":HEX,"state":TEXT[,"reply":true]}
 //   {"doodle_sync":1,"kind":"leave"}                          gone (also the broker's will)
+// Earlier boards sent the state's text after a line break; it is still read.
 #include "DoodleCall_p.h"
 
 #include <doodle/support/DoodleLog_p.h>
@@ -24,7 +26,8 @@ namespace {
 constexpr qint64 kQuietMs = 300;
 // A difference that lasts this long, with this board quiet, is caught up.
 constexpr qint64 kSettleMs = 600;
-constexpr qsizetype kMaxHeaderBytes = 64 * 1024;
+// A message holds at most a state (64 MiB of text), escaped once more.
+constexpr qsizetype kMaxSyncBytes = 192 * 1024 * 1024;
 
 QString hexFingerprint(quint64 fingerprint)
 {
@@ -33,12 +36,10 @@ QString hexFingerprint(quint64 fingerprint)
 
 } // namespace
 
-void DoodleCallPrivate::publishSync(QJsonObject header, const QByteArray &body)
+void DoodleCallPrivate::publishSync(QJsonObject header)
 {
     header.insert(QStringLiteral("doodle_sync"), 1);
-    QByteArray payload = QJsonDocument(header).toJson(QJsonDocument::Compact);
-    if (!body.isNull())
-        payload += '\n' + body;
+    const QByteArray payload = QJsonDocument(header).toJson(QJsonDocument::Compact);
     if (!m_client.publish(syncTopic(), payload))
         qCWarning(lcDoodle, "a catch-up message could not be sent to the call");
 }
@@ -68,20 +69,20 @@ void DoodleCallPrivate::pushState(const QStringList &to, bool reply)
                        {QStringLiteral("fingerprint"), hexFingerprint(m_announced)}};
     if (reply)
         header.insert(QStringLiteral("reply"), true);
-    const QByteArray state = m_board->exportState().toUtf8();
-    DOODLE_LOG(QStringLiteral("call: state of %1 bytes to %2%3")
+    const QString state = m_board->exportState();
+    DOODLE_LOG(QStringLiteral("call: state of %1 characters to %2%3")
                    .arg(state.size())
                    .arg(to.join(QLatin1Char(',')), reply ? QStringLiteral(" (reply)") : QString()));
-    publishSync(header, state);
+    header.insert(QStringLiteral("state"), state);
+    publishSync(header);
 }
 
 void DoodleCallPrivate::onSync(const QString &sender, const QByteArray &payload)
 {
-    qsizetype newline = payload.indexOf('\n');
-    if (newline < 0)
-        newline = payload.size();
-    const QJsonObject header = newline <= kMaxHeaderBytes
-                                   ? QJsonDocument::fromJson(payload.left(newline)).object()
+    const qsizetype newline = payload.indexOf('\n');
+    const qsizetype headerEnd = newline < 0 ? payload.size() : newline;
+    const QJsonObject header = headerEnd <= kMaxSyncBytes
+                                   ? QJsonDocument::fromJson(payload.left(headerEnd)).object()
                                    : QJsonObject();
     if (header.value(QStringLiteral("doodle_sync")).toInt() != 1) {
         qCWarning(lcDoodle, "a catch-up message from %s is not one; ignored", qPrintable(sender));
@@ -109,14 +110,16 @@ void DoodleCallPrivate::onSync(const QString &sender, const QByteArray &payload)
     } else if (kind == QLatin1String("state")) {
         const QStringList to = header.value(QStringLiteral("to")).toVariant().toStringList();
         if (to.contains(m_user))
-            onState(sender, header, payload.mid(newline + 1));
+            onState(sender, header,
+                    newline < 0 ? header.value(QStringLiteral("state")).toString()
+                                : QString::fromUtf8(payload.mid(newline + 1)));
     }
 }
 
 void DoodleCallPrivate::onState(const QString &sender, const QJsonObject &header,
-                                const QByteArray &body)
+                                const QString &state)
 {
-    if (!m_board || !m_board->mergeState(QString::fromUtf8(body)))
+    if (!m_board || !m_board->mergeState(state))
         return;
     DOODLE_LOG(QStringLiteral("call: merged the state of %1").arg(sender));
     DoodleCallPeer &peer = m_peers[sender];

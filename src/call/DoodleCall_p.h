@@ -37,11 +37,11 @@ public:
     void onFirstConnectTimeout();
     void onMessage(const QString &topic, const QByteArray &payload);
     // Catch-up exchange.
-    void publishSync(QJsonObject header, const QByteArray &body = QByteArray());
+    void publishSync(QJsonObject header);
     void announce(const QString &kind);
     void pushState(const QStringList &to, bool reply);
     void onSync(const QString &sender, const QByteArray &payload);
-    void onState(const QString &sender, const QJsonObject &header, const QByteArray &body);
+    void onState(const QString &sender, const QJsonObject &header, const QString &state);
     void notePeer(const QString &sender, quint64 fingerprint);
     bool answersJoinOf(const QString &joiner) const;
     void poll();

@@ -18,7 +18,8 @@ struct Screen
     Screen()
     {
         view = new QWidget(&window);
-        window.resize(300, 200);
+        view->setGeometry(400, 100, 200, 100);
+        window.resize(600, 300);
         window.show();
     }
     QDialog *alert() const { return window.findChild<QDialog *>(); }
@@ -113,6 +114,10 @@ private slots:
         QPointer<QDialog> shown = s.alert();
         QVERIFY(shown && shown->isVisible());
         QCOMPARE(s.titles(), QStringList());
+        // Over the view that asked (a board on the right), not the whole window.
+        const QPoint off =
+            shown->geometry().center() - s.view->mapToGlobal(s.view->rect().center());
+        QVERIFY2(off.manhattanLength() <= 2, qPrintable(QDebug::toString(off)));
         if (time > 0) {
             QTRY_COMPARE(s.heard, QStringList{"done"});
             QVERIFY(clock.elapsed() >= 200);

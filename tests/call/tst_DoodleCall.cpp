@@ -4,7 +4,13 @@
 // every board as `doodle render` draws them.
 #include "CallProcesses.h"
 
+#include "DoodleCommands.h"
+
 #include <doodle/Doodle.h>
+#include <doodle/call/DoodleCall.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -209,6 +215,75 @@ private slots:
             QVERIFY2(containsColor(seen, color), qPrintable(color.name()));
     }
 
+    // The tool bar's close button leaves the call (another participant hears
+    // the goodbye) and ends the command.
+    void theCloseButtonLeavesTheCallAndEnds()
+    {
+        Broker broker(DOODLE_MOSQUITTO);
+        QVERIFY(broker.start());
+        DoodleLayout board(QStringLiteral("watcher"));
+        DoodleCall watcher(&board, QStringLiteral("closing"));
+        QVERIFY(watcher.join(QStringLiteral("127.0.0.1"), broker.port()));
+        QTRY_VERIFY_WITH_TIMEOUT(watcher.isConnected(), 10000);
+        bool clicked = false;
+        QTimer clicker;
+        connect(&clicker, &QTimer::timeout, this, [&] {
+            if (!watcher.participants().contains(QStringLiteral("ann")))
+                return;
+            for (QWidget *window : QApplication::topLevelWidgets()) {
+                for (ZQDoodleButton *button : window->findChildren<ZQDoodleButton *>()) {
+                    if (button->type() == 11 && button->isVisible() && !clicked) {
+                        clicked = true;
+                        QTest::mouseClick(button, Qt::LeftButton);
+                    }
+                }
+            }
+        });
+        clicker.start(50);
+        const int code =
+            doodleJoin({"--broker", broker.address(), "--call", "closing", "--user", "ann"});
+        QVERIFY(clicked);
+        QCOMPARE(code, 0);
+        QTRY_VERIFY_WITH_TIMEOUT(!watcher.participants().contains(QStringLiteral("ann")), 5000);
+    }
+
+    // A line-based observer sees one catch-up message a line, a state included.
+    void aCatchUpMessageIsOneLine()
+    {
+        if (!Broker::isInstalled(DOODLE_MOSQUITTO_SUB))
+            QSKIP("mosquitto_sub is not installed (scripts/deps.sh installs it)");
+        Broker broker(DOODLE_MOSQUITTO);
+        QVERIFY(broker.start());
+        ToolProcess observer, ann, ben;
+        // Line-buffered, as a person watching it in a terminal sees it.
+        observer.start("stdbuf", {"-oL", DOODLE_MOSQUITTO_SUB, "-h", "127.0.0.1", "-p",
+                                  QString::number(broker.port()), "-t", "doodle/board/+/sync", "-q",
+                                  "1", "-d"});
+        QTRY_VERIFY_WITH_TIMEOUT(observer.out().contains("SUBACK"), 10000);
+        join(ann, broker, "ann",
+             {"--play", DOODLE_SAMPLE_SESSION, "--interval", "0", "--quit-after-idle", "2"});
+        QTRY_VERIFY_WITH_TIMEOUT(ann.out().contains("played 14/14"), 10000);
+        join(ben, broker, "ben", {"--quit-after-idle", "1"});
+        QTRY_VERIFY_WITH_TIMEOUT(!ann.isRunning() && !ben.isRunning(), 20000);
+        QCOMPARE(ben.lastLine(), ann.lastLine());
+        observer.stop();
+        // -d adds lines of its own, "Client ..." and "Subscribed ...", one
+        // PUBLISH line a message: every other line is a message.
+        const QStringList lines = observer.out().split('\n', Qt::SkipEmptyParts);
+        const qsizetype messages =
+            lines.filter(QRegularExpression("^Client .* received PUBLISH")).size();
+        QStringList kinds;
+        for (const QString &line : lines) {
+            if (line.startsWith("Client ") || line.startsWith("Subscribed "))
+                continue;
+            const QJsonObject message = QJsonDocument::fromJson(line.toUtf8()).object();
+            QCOMPARE(message.value("doodle_sync").toInt(), 1);
+            kinds << message.value("kind").toString();
+        }
+        QCOMPARE(kinds.size(), messages);
+        QVERIFY2(kinds.contains("state") && kinds.contains("join"), qPrintable(kinds.join(',')));
+    }
+
     void refusesWhatItCannotJoin_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -216,9 +291,13 @@ private slots:
         QTest::addColumn<QString>("message");
         const QString nobody = QStringLiteral("127.0.0.1:%1").arg(freeLoopbackPort());
         const QStringList names{"--call", "c", "--user", "u"};
+        const QString refused = "cannot reach the broker at " + nobody + " (Connection refused)";
         QTest::newRow("no broker listening")
-            << QStringList{"--broker", nobody, "--snapshot", "x.png"} + names << 1
-            << "cannot reach the broker at " + nobody;
+            << QStringList{"--broker", nobody, "--snapshot", "x.png"} + names << 1 << refused;
+        QTest::newRow("no broker listening, with a window")
+            << QStringList{"--broker", nobody} + names << 1 << refused;
+        QTest::newRow("no call") << QStringList{"--broker", nobody, "--user", "u"} << 2
+                                 << "doodle join: missing --call NAME (the call's name)";
         QTest::newRow("a topic wildcard in the user")
             << QStringList{"--broker", nobody, "--call", "c", "--user", "u/+"} << 2 << "--user";
         QTest::newRow("bad broker address")

@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QTemporaryDir>
+#include <QXmlStreamReader>
 #include <QtTest>
 
 #include <map>
@@ -70,19 +71,78 @@ private slots:
         }
     }
 
-    void aLineThinnerThanASnapshotPixelIsAveraged()
+    void theSnapshotIsTheBoardsOwnPixels_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::newRow("2x") << 2.0;
+        QTest::newRow("3x") << 3.0;
+    }
+    void theSnapshotIsTheBoardsOwnPixels()
+    {
+        QFETCH(double, scale);
+        DoodleScreen::setScaleOverride(scale);
+        Participant me(QStringLiteral("me"), QSize(120, 90));
+        me.board.view()->show();
+        // A diagonal hairline: its edge pixels differ inside every block of
+        // scale x scale pixels, which a picture enlarged from 1x cannot show.
+        me.receive("peer", strokeAction("peer", {{-0.9, -0.8}, {0.7, 0.9}}, Qt::black, 0.004f));
+        me.receive("peer", boxAction(DoodleActionTypeEllipse, "peer", {-0.5, -0.5, 1, 1}));
+        const QImage shot = me.board.imageScreenShot();
+        QCOMPARE(shot.devicePixelRatio(), scale);
+        QCOMPARE(shot, me.cache().convertToFormat(shot.format()));
+    }
+
+    void aDeviceOfAnotherScaleAveragesTheBoard()
     {
         Participant me(QStringLiteral("me"), QSize(100, 100));
         me.board.view()->show();
         // Half a point wide along y = 50.25: one device pixel at the screen's
-        // scale of 2, half a pixel of the snapshot.
+        // scale of 2, half a pixel of a picture at 1x.
         me.receive("peer", strokeAction("peer", {{-0.8, 0.005}, {0.8, 0.005}}, Qt::black, 0.01f));
-        const QImage shot = me.board.imageScreenShot();
+        QImage shot(100, 100, QImage::Format_ARGB32_Premultiplied);
+        shot.fill(Qt::transparent);
+        me.board.doodleView()->render(&shot, QPoint(), QRegion(), QWidget::DrawChildren);
         int darkest = 0;
-        for (int y = 90; y < 110; ++y)
-            darkest = std::max(darkest, shot.pixelColor(100, y).alpha());
+        for (int y = 45; y < 55; ++y)
+            darkest = std::max(darkest, shot.pixelColor(50, y).alpha());
         // Averaged it shows half covered; a nearest-pixel pick shows all or nothing.
         QVERIFY2(darkest > 40 && darkest < 150, qPrintable(QString::number(darkest)));
+    }
+
+    // Vectors, not pixels: a stroke is a round-capped path, a text is text,
+    // an eraser a mask (SVG); the PDF holds a font and no picture.
+    void theExportsAreVectors()
+    {
+        Participant me(QStringLiteral("me"), QSize(200, 100));
+        me.receive("peer", strokeAction("peer", {{-0.8, 0}, {0.8, 0.1}}, Qt::red, 0.05f));
+        auto text = std::make_shared<DoodleAction>();
+        text->setActionType(DoodleActionTypeText);
+        text->setText(QStringLiteral("hello <there>"));
+        text->setTextSize(0.1f);
+        me.receive("peer", text);
+        me.receive("peer", strokeAction("peer", {{0, -1}, {0, 1}}, Qt::black, 0.1f,
+                                        DoodleActionTypeEraser));
+        QXmlStreamReader svg(me.board.exportSvg());
+        QStringList seen;
+        while (!svg.atEnd()) {
+            if (svg.readNext() != QXmlStreamReader::StartElement)
+                continue;
+            const QXmlStreamAttributes a = svg.attributes();
+            if (svg.name() == QLatin1String("path") &&
+                a.value("stroke-linecap") == QLatin1String("round"))
+                seen << "round stroke " + a.value("stroke").toString();
+            else if (svg.name() == QLatin1String("text"))
+                seen << "text " + svg.readElementText();
+            else if (svg.name() == QLatin1String("mask"))
+                seen << "mask";
+        }
+        QVERIFY2(!svg.hasError(), qPrintable(svg.errorString()));
+        QCOMPARE(seen, QStringList({"mask", "round stroke #000000", "round stroke #ff0000",
+                                    "text hello <there>"}));
+        const QByteArray pdf = me.board.exportPdf();
+        QVERIFY(pdf.startsWith("%PDF-") && pdf.contains("/FontFile"));
+        QVERIFY(!pdf.contains("/Subtype /Image"));
+        QVERIFY(Participant(QStringLiteral("empty"), QSize()).board.exportSvg().isEmpty());
     }
 
     void theWatermarkGridHasOneCopyMoreInItsFirstRow_data()
@@ -138,7 +198,9 @@ private slots:
         const QDir pictures(home.filePath("Pictures"));
         const QStringList written = pictures.entryList({"*.png"}, QDir::Files);
         QCOMPARE(written.size(), 2);
-        QCOMPARE(QImage(pictures.filePath(written.first())).size(), QSize(120, 80));
+        const QImage saved(pictures.filePath(written.first()));
+        QCOMPARE(saved.size(), QSize(120, 80));
+        QCOMPARE(saved.pixelColor(5, 5), QColor(Qt::white)); // opaque, though the board is not
 
         QVERIFY(QDir(home.path()).removeRecursively() && QDir().mkpath(home.path()));
         QFile blocker(home.filePath("Pictures")); // a file where the folder should be

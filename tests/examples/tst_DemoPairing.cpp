@@ -57,6 +57,24 @@ private slots:
         for (const QPointF p : {QPointF(100, 92), QPointF(100, 108), QPointF(100, 50)})
             QCOMPARE(cache.pixelColor((p * 2).toPoint()).alpha(), 0);
     }
+
+    // A new run numbers its pictures past those an earlier one left.
+    void savedPicturesNeverReplaceEarlierOnes()
+    {
+        QTemporaryDir out;
+        QFile earlier(out.filePath("doodle-demo-alice-7.png"));
+        QVERIFY(earlier.open(QIODevice::WriteOnly) && earlier.write("kept") == 4);
+        earlier.close();
+        for (int run = 0; run < 2; ++run) {
+            DemoParticipant alice(QStringLiteral("alice"), QSize(40, 30), out.path());
+            alice.board().saveImage();
+        }
+        QCOMPARE(QDir(out.path()).entryList(QDir::Files),
+                 QStringList({"doodle-demo-alice-7.png", "doodle-demo-alice-8.png",
+                              "doodle-demo-alice-9.png"}));
+        QVERIFY(earlier.open(QIODevice::ReadOnly));
+        QCOMPARE(earlier.readAll(), QByteArray("kept"));
+    }
 };
 
 QTEST_MAIN(TestDemoPairing)

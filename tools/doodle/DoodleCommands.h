@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QSize>
 #include <QStringList>
 
@@ -12,7 +13,7 @@ class QCommandLineParser;
 
 // doodle inspect FILE|-: one readable line per action text.
 int doodleInspect(const QStringList &arguments);
-// doodle render FILE -o OUT.png [--size WxH] [--scale S] [--background #AARRGGBB]:
+// doodle render FILE -o OUT.png|.jpg|.svg|.pdf [--size WxH] [--scale S] [--background COLOUR]:
 // replays a session on a board of that size and writes its picture. Needs a
 // QApplication (any platform, offscreen included).
 int doodleRender(const QStringList &arguments);
@@ -21,6 +22,15 @@ int doodleRender(const QStringList &arguments);
 // takes part in a call through an MQTT broker, in a window or headless.
 int doodleJoin(const QStringList &arguments);
 
+// Set on the application when a command that opens a window runs without a display.
+constexpr const char *kNoDisplayProperty = "doodleNoDisplay";
+
+// The texts the tool shows people, in one translation context.
+struct DoodleTool
+{
+    Q_DECLARE_TR_FUNCTIONS(doodle)
+};
+
 // The board a command draws on, as `--size WxH` (points) and `--scale S`
 // (pixels per point) give it; every command reads them alike.
 struct DoodleBoardOptions
@@ -28,6 +38,12 @@ struct DoodleBoardOptions
     QSize size;
     double scale = 2;
 };
+// The largest picture a command makes: a side of at most this many pixels
+// and at most kMaxPicturePixels in all (256 MiB of 32-bit pixels), so that a
+// mistyped size is refused at once instead of exhausting memory.
+constexpr int kMaxPictureSide = 16384;
+constexpr qint64 kMaxPicturePixels = qint64(1) << 26;
 void addBoardOptions(QCommandLineParser &parser);
-// Reads the two options over the defaults in `board`; an error text when they do not fit.
+// Reads the two options over the defaults in `board`; an error text when they
+// do not fit or the picture they make would pass the limits above.
 QString readBoardOptions(const QCommandLineParser &parser, DoodleBoardOptions *board);

@@ -1,13 +1,17 @@
 // doodle inspect: decodes one action text per line and prints it readably.
 #include "DoodleCommands.h"
+#include "DoodleLines.h"
 
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
 
-#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLocale>
-#include <QLoggingCategory>
+#include <QRectF>
 #include <QTextStream>
+
+#include <algorithm>
 
 #include <cstdio>
 
@@ -31,7 +35,7 @@ QString quoted(const QString &text)
             result += QLatin1Char('\\') + c;
         else if (c == QLatin1Char('\n'))
             result += QStringLiteral("\\n");
-        else if (c.unicode() < 0x20)
+        else if (c.category() == QChar::Other_Control)
             result += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
         else
             result += c;
@@ -122,6 +126,65 @@ QString describe(const DoodleAction &action)
     return line;
 }
 
+// The area an action covers, in normalised coordinates; empty when it has none.
+QRectF bounds(const DoodleAction &action)
+{
+    switch (action.actionType()) {
+    case DoodleActionTypeStroke:
+    case DoodleActionTypeEraser: {
+        if (action.pathPoints().isEmpty())
+            return QRectF();
+        const DoodlePoint first = action.pathPoints().at(0);
+        float left = first.x(), right = first.x(), top = first.y(), bottom = first.y();
+        for (const DoodlePoint &p : action.pathPoints()) {
+            left = std::min(left, p.x());
+            right = std::max(right, p.x());
+            top = std::min(top, p.y());
+            bottom = std::max(bottom, p.y());
+        }
+        return QRectF(QPointF(double(left), double(top)), QPointF(double(right), double(bottom)));
+    }
+    case DoodleActionTypeArrow:
+        return QRectF(QPointF(double(action.x()), double(action.y())),
+                      QPointF(double(action.endX()), double(action.endY())))
+            .normalized();
+    case DoodleActionTypeEllipse:
+    case DoodleActionTypeRectangle:
+    case DoodleActionTypeSticker:
+        return QRectF(double(action.x()), double(action.y()), double(action.width()),
+                      double(action.height()))
+            .normalized();
+    default:
+        return QRectF();
+    }
+}
+
+// -v: the members the text holds, its stamp, point count and bounds.
+QString detail(const DoodleSessionReader::Line &line)
+{
+    const DoodleAction &action = *line.action;
+    const QJsonObject object = QJsonDocument::fromJson(line.bytes).object();
+    QString text = QStringLiteral("    members=") + object.keys().join(QLatin1Char(','));
+    text += QStringLiteral("\n    bytes=%1 stamp=%2 points=%3")
+                .arg(line.bytes.size())
+                .arg(action.seqNo())
+                .arg(action.pathPoints().size());
+    const QRectF area = bounds(action);
+    if (!area.isNull() || doodleIsDrawnActionType(action.actionType()))
+        text += QStringLiteral(" bounds=") + point(float(area.left()), float(area.top())) +
+                QLatin1Char('-') + point(float(area.right()), float(area.bottom()));
+    return text;
+}
+
+QString usage()
+{
+    return DoodleTool::tr("Usage: doodle inspect [-v] FILE|-\n"
+                          "  Prints one line per action text (one JSON text per line) of FILE;\n"
+                          "  reports a line that does not decode as FILE:LINE: reason on stderr\n"
+                          "  and then exits with status 1 (2 when FILE cannot be read).\n"
+                          "  -v  also show each action's members, stamp, point count and bounds\n");
+}
+
 } // namespace
 
 int doodleInspect(const QStringList &arguments)
@@ -131,51 +194,45 @@ int doodleInspect(const QStringList &arguments)
     QStringList files;
     bool verbose = false;
     for (const QString &argument : arguments) {
+        if (argument == QLatin1String("-h") || argument == QLatin1String("--help")) {
+            out << usage();
+            return 0;
+        }
         if (argument == QLatin1String("-v") || argument == QLatin1String("--verbose"))
             verbose = true;
         else
             files.append(argument);
     }
     if (files.size() != 1) {
-        err << "Usage: doodle inspect [-v] FILE|-\n"
-               "  Prints one line per action text (one JSON text per line) of FILE.\n"
-               "  -v  also show the library's own log lines\n";
+        err << (files.isEmpty() ? DoodleTool::tr("doodle inspect: missing FILE (- for stdin)\n")
+                                : DoodleTool::tr("doodle inspect: one FILE at a time\n"))
+            << usage();
         return 2;
     }
-    // -v shows the library's own lines (one per decoded point) beside the report.
-    if (verbose)
-        QLoggingCategory::setFilterRules(QStringLiteral("doodle.info=true"));
-
-    QFile file;
-    const bool opened = files.first() == QLatin1String("-")
-                            ? file.open(stdin, QIODevice::ReadOnly)
-                            : (file.setFileName(files.first()), file.open(QIODevice::ReadOnly));
-    if (!opened) {
-        err << "doodle inspect: cannot open " << files.first() << ": " << file.errorString()
+    DoodleSessionReader session(files.first());
+    if (!session.open()) {
+        err << "doodle inspect: "
+            << DoodleTool::tr("cannot open %1: %2").arg(files.first(), session.errorString())
             << '\n';
         return 2;
     }
 
     int failures = 0;
-    qint64 lineNumber = 0;
-    while (!file.atEnd()) {
-        ++lineNumber;
-        const QString text = QString::fromUtf8(file.readLine()).trimmed();
-        if (text.isEmpty())
-            continue;
-        const DoodleActionPtr action = DoodleTranslate::doodleActionFromString(text);
-        if (!action) {
+    DoodleSessionReader::Line line;
+    while (session.next(line)) {
+        if (!line.problem.isNull()) {
             ++failures;
             out.flush();
-            err << lineNumber << ": cannot decode: " << text.left(80)
-                << (text.size() > 80 ? "..." : "") << '\n';
-            err.flush();
+            err << "doodle inspect: " << session.report(line) << Qt::endl;
             continue;
         }
-        out << lineNumber << ": " << describe(*action) << '\n';
+        out << line.number << ": " << describe(*line.action) << '\n';
+        if (verbose)
+            out << detail(line) << '\n';
     }
     out.flush();
     if (failures > 0)
-        err << "doodle inspect: " << failures << " line(s) could not be decoded\n";
+        err << "doodle inspect: " << DoodleTool::tr("%n line(s) could not be decoded", "", failures)
+            << '\n';
     return failures > 0 ? 1 : 0;
 }

@@ -2,6 +2,7 @@
 // headless (a recorded session played as this participant's own, and the
 // board's picture written once every board agrees).
 #include "DoodleCommands.h"
+#include "DoodleLines.h"
 
 #include <QTextStream>
 
@@ -21,13 +22,25 @@ int doodleJoin(const QStringList &)
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDateTime>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QStandardPaths>
+#include <QTcpSocket>
 #include <QTimer>
+#include <QVBoxLayout>
 
 namespace {
 
 constexpr int kConnectTimeoutMs = 5000;
+// How long the broker may take to answer a connection before the call starts:
+// together with the call's own timeout, an answer within 10 s in every case.
+constexpr int kProbeTimeoutMs = 4000;
 constexpr qint64 kLostBrokerMs = 10000; // headless: give up after this long without the broker
 
 struct JoinOptions
@@ -60,13 +73,42 @@ QString readNumbers(const QCommandLineParser &parser, JoinOptions *options)
     if (parser.isSet("interval"))
         options->intervalMs = parser.value("interval").toInt(&ok);
     if (!ok || options->intervalMs < 0 || options->intervalMs > 60000)
-        return QStringLiteral("--interval takes milliseconds from 0 to 60000");
+        return DoodleTool::tr("--interval takes milliseconds from 0 to 60000, not '%1'")
+            .arg(parser.value("interval"));
     if (parser.isSet("quit-after-idle"))
         options->quitAfterIdle = parser.value("quit-after-idle").toDouble(&ok);
     if (!ok || !(options->quitAfterIdle >= 0 && options->quitAfterIdle <= 3600))
-        return QStringLiteral("--quit-after-idle takes seconds from 0 to 3600");
+        return DoodleTool::tr("--quit-after-idle takes seconds from 0 to 3600, not '%1'")
+            .arg(parser.value("quit-after-idle"));
     if (parser.isSet("quit-after-idle") && !parser.isSet("snapshot"))
-        return QStringLiteral("--quit-after-idle goes with --snapshot");
+        return DoodleTool::tr("--quit-after-idle goes with --snapshot OUT.png");
+    return QString();
+}
+
+// The first of --broker, --call and --user that is missing or, for a name,
+// does not fit in a topic; and any argument that is not an option.
+QString missingOrBadName(const QCommandLineParser &parser)
+{
+    if (!parser.positionalArguments().isEmpty())
+        return DoodleTool::tr("unexpected argument '%1' (every value follows its option)")
+            .arg(parser.positionalArguments().first());
+    const struct
+    {
+        const char *name;
+        const char *value;
+        const char *meaning;
+    } required[] = {{"broker", "HOST:PORT", QT_TRANSLATE_NOOP("doodle", "the MQTT broker")},
+                    {"call", "NAME", QT_TRANSLATE_NOOP("doodle", "the call's name")},
+                    {"user", "ID", QT_TRANSLATE_NOOP("doodle", "this participant's id")}};
+    for (const auto &option : required) {
+        const QString name = QLatin1String(option.name);
+        if (!parser.isSet(name))
+            return DoodleTool::tr("missing --%1 %2 (%3)")
+                .arg(name, QLatin1String(option.value), DoodleTool::tr(option.meaning));
+        if (name != QLatin1String("broker") && !DoodleCall::isValidName(parser.value(name)))
+            return DoodleTool::tr("--%1 takes a name without '/', '+' or '#', not '%2'")
+                .arg(name, parser.value(name));
+    }
     return QString();
 }
 
@@ -85,15 +127,14 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
     addBoardOptions(parser);
     if (!parser.parse(QStringList(QStringLiteral("doodle join")) + arguments))
         return parser.errorText();
-    if (!parser.isSet("broker") || !parser.isSet("call") || !parser.isSet("user") ||
-        !parser.positionalArguments().isEmpty())
-        return QStringLiteral("usage: doodle join --broker HOST:PORT --call NAME --user ID ...");
+    const QString missing = missingOrBadName(parser);
+    if (!missing.isNull())
+        return missing;
     if (!parseBroker(parser.value("broker"), options))
-        return QStringLiteral("--broker takes HOST:PORT, such as 127.0.0.1:1883");
+        return DoodleTool::tr("--broker takes HOST:PORT, such as 127.0.0.1:1883, not '%1'")
+            .arg(parser.value("broker"));
     options->call = parser.value("call");
     options->user = parser.value("user");
-    if (!DoodleCall::isValidName(options->call) || !DoodleCall::isValidName(options->user))
-        return QStringLiteral("--call and --user take names without '/', '+' or '#'");
     options->play = parser.value("play");
     options->snapshot = parser.value("snapshot");
     options->scaleSet = parser.isSet("scale");
@@ -102,24 +143,22 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
 }
 
 // The session's actions, decoded up front so that a bad file stops nothing half way.
-bool readSession(const QString &path, DoodleLayout &board, QList<DoodleActionPtr> *actions)
+bool readSession(const QString &path, QList<DoodleActionPtr> *actions)
 {
     QTextStream err(stderr);
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        err << "doodle join: cannot read " << path << '\n';
+    DoodleSessionReader session(path);
+    if (!session.open()) {
+        err << "doodle join: "
+            << DoodleTool::tr("cannot read %1 (%2)").arg(path, session.errorString()) << '\n';
         return false;
     }
-    for (int line = 1; !file.atEnd(); ++line) {
-        const QString text = QString::fromUtf8(file.readLine()).trimmed();
-        if (text.isEmpty())
-            continue;
-        const DoodleActionPtr action = board.stringToDoodleAction(text);
-        if (!action) {
-            err << "doodle join: " << path << ':' << line << ": cannot decode\n";
+    DoodleSessionReader::Line line;
+    while (session.next(line)) {
+        if (!line.problem.isNull()) {
+            err << "doodle join: " << session.report(line) << '\n';
             return false;
         }
-        actions->append(action);
+        actions->append(line.action);
     }
     return true;
 }
@@ -129,6 +168,36 @@ void say(const QString &line)
     QTextStream out(stdout);
     out << line << Qt::endl;
 }
+
+// A broker that refuses the connection, or whose name does not resolve, is
+// certainly out of reach: said at once rather than after the call's timeout.
+// A null string when it answers.
+QString probeBroker(const QString &host, quint16 port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(host, port);
+    if (socket.waitForConnected(kProbeTimeoutMs)) {
+        socket.abort();
+        return QString();
+    }
+    const QString reason = socket.error() == QAbstractSocket::SocketTimeoutError
+                               ? DoodleTool::tr("no answer within %1 s").arg(kProbeTimeoutMs / 1000)
+                               : socket.errorString();
+    return DoodleTool::tr("cannot reach the broker at %1:%2 (%3)").arg(host).arg(port).arg(reason);
+}
+
+// The tool's own choice for the tool bar's close button: leave the call and
+// quit (a host that embeds the board keeps it open and shows it again).
+class JoinCall : public DoodleCall
+{
+public:
+    using DoodleCall::DoodleCall;
+    void onCloseDoodle() override
+    {
+        leave();
+        QCoreApplication::exit(0);
+    }
+};
 
 // One participant: its board, its place in the call, the session it plays
 // and, headless, the moment it writes its picture.
@@ -157,6 +226,8 @@ public:
         m_player.setInterval(options.intervalMs);
         m_check.setInterval(100);
     }
+
+    DoodleCall &call() { return m_call; }
 
     bool start()
     {
@@ -216,11 +287,124 @@ private:
     const JoinOptions &m_options;
     const QList<DoodleActionPtr> &m_session;
     DoodleLayout &m_board;
-    DoodleCall m_call;
+    JoinCall m_call;
     QTimer m_player;
     QTimer m_check;
     qsizetype m_played = 0;
     QElapsedTimer m_lost; // valid while the broker is away
+};
+
+// The window of a participant: the call's state in one line above the board
+// (which takes input once the call is joined) and where the last picture went.
+class JoinWindow : public QWidget
+{
+public:
+    JoinWindow(const JoinOptions &options, DoodleLayout &board, DoodleCall &call)
+        : m_options(options), m_board(board)
+    {
+        setWindowTitle(QStringLiteral("doodle: %1 (%2)").arg(options.call, options.user));
+        auto *bar = new QVBoxLayout;
+        bar->setContentsMargins(8, 4, 8, 4);
+        // Long texts wrap or are cut; they never widen the window.
+        for (QLabel *label : {m_state, m_note}) {
+            label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+            label->setWordWrap(true);
+            label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+            bar->addWidget(label);
+        }
+        m_note->hide();
+        auto *layout = new QVBoxLayout(this);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(0);
+        layout->addLayout(bar);
+        layout->addWidget(board.view(), 1);
+        resize(options.board.size + QSize(0, bar->sizeHint().height()));
+        board.view()->setEnabled(false);
+        board.setPictureSink([this](const QImage &picture) { savePicture(picture); });
+        m_state->setText(DoodleTool::tr("Joining call %1 as %2 at %3:%4…")
+                             .arg(options.call, options.user, options.host)
+                             .arg(options.port));
+        connect(&call, &DoodleCall::connected, this, &JoinWindow::showConnected);
+        connect(&call, &DoodleCall::reconnected, this, &JoinWindow::showConnected);
+        connect(&call, &DoodleCall::disconnected, this, &JoinWindow::showReconnecting);
+        connect(&m_ticker, &QTimer::timeout, this, &JoinWindow::tick);
+        m_ticker.setInterval(1000);
+    }
+    // The board's view belongs to the board.
+    ~JoinWindow() override
+    {
+        if (m_board.isViewLoaded())
+            m_board.view()->setParent(nullptr);
+    }
+
+private:
+    void showConnected()
+    {
+        m_ticker.stop();
+        m_board.view()->setEnabled(true);
+        m_state->setText(DoodleTool::tr("In call %1 as %2, connected to %3:%4")
+                             .arg(m_options.call, m_options.user, m_options.host)
+                             .arg(m_options.port));
+    }
+
+    void showReconnecting(const QString &reason)
+    {
+        m_reason = reason;
+        m_since.start();
+        m_ticker.start();
+        tick();
+    }
+
+    // Drawing goes on while the broker is away; it reaches the others later.
+    void tick()
+    {
+        m_state->setText(DoodleTool::tr("Reconnecting to %1:%2 for %3 s (%4)")
+                             .arg(m_options.host)
+                             .arg(m_options.port)
+                             .arg(m_since.elapsed() / 1000)
+                             .arg(m_reason));
+    }
+
+    // A new file in the pictures folder, on the board's colour over white: a
+    // viewer with a dark background shows black ink too.
+    void savePicture(const QImage &picture)
+    {
+        QImage opaque(picture.size(), QImage::Format_RGB32);
+        opaque.setDevicePixelRatio(picture.devicePixelRatio());
+        opaque.fill(Qt::white);
+        QPainter(&opaque).drawImage(0, 0, picture);
+        const QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+        const QString stem = QStringLiteral("doodle-%1-%2-%3")
+                                 .arg(m_options.call, m_options.user,
+                                      QDateTime::currentDateTime().toString("yyyyMMdd-HHmmss"));
+        QFile file;
+        for (int attempt = 0; attempt < 100 && !file.isOpen(); ++attempt) {
+            const QString suffix = attempt == 0 ? QString() : QStringLiteral("-%1").arg(attempt);
+            file.setFileName(QDir(folder).filePath(stem + suffix + QStringLiteral(".png")));
+            // NewOnly: an earlier picture is never overwritten.
+            if (QDir().mkpath(folder))
+                file.open(QIODevice::WriteOnly | QIODevice::NewOnly);
+        }
+        const QFileInfo saved(file.fileName());
+        if (file.isOpen() && opaque.save(&file, "PNG")) {
+            m_note->setText(DoodleTool::tr("Saved %1 in %2")
+                                .arg(saved.fileName(), QDir::toNativeSeparators(folder)));
+            say(QStringLiteral("saved %1").arg(saved.filePath()));
+        } else {
+            m_note->setText(DoodleTool::tr("Could not save the picture in %1")
+                                .arg(QDir::toNativeSeparators(folder)));
+            file.remove();
+        }
+        m_note->show();
+    }
+
+    const JoinOptions &m_options;
+    DoodleLayout &m_board;
+    QLabel *m_state = new QLabel;
+    QLabel *m_note = new QLabel;
+    QTimer m_ticker;
+    QElapsedTimer m_since;
+    QString m_reason;
 };
 
 } // namespace
@@ -234,24 +418,36 @@ int doodleJoin(const QStringList &arguments)
         return 2;
     }
     const bool headless = !options.snapshot.isEmpty();
+    if (!headless && qApp->property(kNoDisplayProperty).toBool()) {
+        QTextStream(stderr) << "doodle join: "
+                            << DoodleTool::tr("no display for a window (headless: --snapshot "
+                                              "OUT.png)")
+                            << '\n';
+        return 2;
+    }
     // Headless, the board is drawn at the scale `doodle render` draws at, so
     // the two pictures compare pixel for pixel.
     if (headless || options.scaleSet)
         DoodleScreen::setScaleOverride(options.board.scale);
-    DoodleLayout board(options.user);
     QList<DoodleActionPtr> session;
-    if (!options.play.isEmpty() && !readSession(options.play, board, &session))
+    if (!options.play.isEmpty() && !readSession(options.play, &session))
         return 2;
+    const QString unreachable = probeBroker(options.host, options.port);
+    if (!unreachable.isNull()) {
+        QTextStream(stderr) << "doodle join: " << unreachable << '\n';
+        return 1;
+    }
+    DoodleLayout board(options.user);
     board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.board.size));
     Participant participant(options, session, board);
-    if (!participant.start())
-        return 1;
+    std::unique_ptr<JoinWindow> window;
     if (!headless) {
-        board.view()->setWindowTitle(
-            QStringLiteral("doodle: %1 (%2)").arg(options.call, options.user));
-        board.view()->show();
+        window = std::make_unique<JoinWindow>(options, board, participant.call());
+        window->show();
         board.showToolBar();
     }
+    if (!participant.start())
+        return 1;
     return QCoreApplication::exec();
 }
 

@@ -28,8 +28,9 @@ const Command commands[] = {
     {"inspect", "inspect [-v] FILE|-   print one line per action text of FILE (- for stdin)",
      &doodleInspect, Gui::None},
     {"render",
-     "render FILE -o OUT.png [--size WxH] [--scale S] [--background #AARRGGBB]\n"
-     "                  replay a session (- for stdin) on a board and write its picture",
+     "render FILE -o OUT.png|.jpg|.svg|.pdf [--size WxH] [--scale S] [--background COLOUR]\n"
+     "                  replay a session (- for stdin) on a board and write its picture,\n"
+     "                  at most 16384 pixels a side (doodle render --help)",
      &doodleRender, Gui::Offscreen},
     {"join",
      "join --broker HOST:PORT --call NAME --user ID [--size WxH] [--scale S]\n"
@@ -77,14 +78,13 @@ int main(int argc, char **argv)
     const Command *command = argc > 1 ? findCommand(argv[1]) : nullptr;
     std::unique_ptr<QCoreApplication> app;
     if (command && command->gui != Gui::None) {
-        if (command->gui == Gui::Offscreen || asksForSnapshot(argc, argv)) {
+        // Without a display a command still reads its arguments, offscreen,
+        // so that a mistake is named before the missing display is.
+        const bool noDisplay = command->gui == Gui::Screen && !hasDisplay();
+        if (command->gui == Gui::Offscreen || asksForSnapshot(argc, argv) || noDisplay)
             qputenv("QT_QPA_PLATFORM", "offscreen");
-        } else if (!hasDisplay()) {
-            QTextStream(stderr) << "doodle " << command->name
-                                << ": no display for a window (headless: --snapshot OUT.png)\n";
-            return 2;
-        }
         app = std::make_unique<QApplication>(argc, argv);
+        app->setProperty(kNoDisplayProperty, noDisplay && !asksForSnapshot(argc, argv));
     } else {
         app = std::make_unique<QCoreApplication>(argc, argv);
     }

@@ -2,6 +2,7 @@
 
 #include <QFontDatabase>
 #include <QLocale>
+#include <QPolygonF>
 
 #include <algorithm>
 #include <cmath>
@@ -110,4 +111,41 @@ QFont DoodleDrawInput::systemFont(double pixelSize)
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
     font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
     return font;
+}
+
+QPolygonF DoodleDrawInput::ellipseOuterEdge(const QRectF &box, double distance)
+{
+    constexpr int kSteps = 360;
+    const double a = box.width() / 2, b = box.height() / 2;
+    QPolygonF edge;
+    edge.reserve(kSteps);
+    for (int i = 0; i < kSteps; ++i) {
+        const double t = 2 * M_PI * i / kSteps;
+        QPointF normal(b * std::cos(t), a * std::sin(t));
+        const double length = std::hypot(normal.x(), normal.y());
+        normal = length > 0 ? normal / length : QPointF(std::cos(t), std::sin(t));
+        edge << box.center() + QPointF(a * std::cos(t), b * std::sin(t)) + distance * normal;
+    }
+    return edge;
+}
+
+std::optional<QPainterPath> DoodleDrawInput::arrowPath(const QPointF &start, const QPointF &end,
+                                                       double w)
+{
+    const double dx = end.x() - start.x();
+    const double dy = start.y() - end.y();
+    const double length = std::hypot(dx, dy);
+    if (!(length > 0.0) || !std::isfinite(length))
+        return std::nullopt;
+    // The head: apex at the end, base 3w back along the shaft, 1.5w to each side.
+    const double a = 1.5 * w / length;
+    const double b = 3.0 * w / length;
+    const QPointF p1(end.x() - a * dy - b * dx, end.y() - a * dx + b * dy);
+    const QPointF p2(end.x() + a * dy - b * dx, end.y() + a * dx + b * dy);
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    path.moveTo(start);
+    path.lineTo(end);
+    path.addPolygon(QPolygonF({end, p1, p2, end, p1}));
+    return path;
 }

@@ -5,6 +5,7 @@
 #include <QFont>
 #include <QPainterPath>
 #include <QPointF>
+#include <QPolygonF>
 #include <QRectF>
 #include <QSizeF>
 #include <QString>
@@ -50,4 +51,13 @@ public:
     // The system font whose pixel size, in device-independent pixels, is
     // `pixelSize` rounded (the font engine renders whole pixel sizes only).
     static QFont systemFont(double pixelSize);
+
+    // The shapes the surfaces draw, for every painter that draws them alike.
+    // The outer edge of the stroke of the ellipse inscribed in `box`: every
+    // point of the ellipse moved outwards along its normal by `distance`.
+    static QPolygonF ellipseOuterEdge(const QRectF &box, double distance);
+    // A shaft from start to end and a head, for a pen `w` wide, whose apex is
+    // the end point; none when the two points do not give a direction.
+    static std::optional<QPainterPath> arrowPath(const QPointF &start, const QPointF &end,
+                                                 double w);
 };

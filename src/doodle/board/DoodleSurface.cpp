@@ -51,22 +51,15 @@ std::optional<double> checkedWidth(const char *primitive, double width, const QP
     return usable;
 }
 
-// The outer edge of the stroke of the ellipse inscribed in `box`: every
-// point of the ellipse moved outwards along its normal by `distance`.
-QPolygonF outerEdge(const QRectF &box, double distance)
+// Device pixels per point where the painter draws: the scale of the picture
+// being made (a snapshot paints through the widget, whose own ratio is the
+// screen's), or 0 when its transform turns or skews.
+double deviceScale(const QPainter &painter)
 {
-    constexpr int kSteps = 360;
-    const double a = box.width() / 2, b = box.height() / 2;
-    QPolygonF edge;
-    edge.reserve(kSteps);
-    for (int i = 0; i < kSteps; ++i) {
-        const double t = 2 * M_PI * i / kSteps;
-        QPointF normal(b * std::cos(t), a * std::sin(t));
-        const double length = std::hypot(normal.x(), normal.y());
-        normal = length > 0 ? normal / length : QPointF(std::cos(t), std::sin(t));
-        edge << box.center() + QPointF(a * std::cos(t), b * std::sin(t)) + distance * normal;
-    }
-    return edge;
+    const QTransform toDevice = painter.deviceTransform();
+    if (toDevice.type() > QTransform::TxScale || !qFuzzyCompare(toDevice.m11(), toDevice.m22()))
+        return 0;
+    return toDevice.m11();
 }
 
 QPointF firstPoint(const QPainterPath &path)
@@ -336,7 +329,7 @@ void DoodleSurface::drawEllipse(const QRectF &given, double width, const QColor 
         if (filled) {
             painter.setPen(Qt::NoPen);
             painter.setBrush(pen.color());
-            painter.drawPolygon(outerEdge(box, *usable / 2));
+            painter.drawPolygon(DoodleDrawInput::ellipseOuterEdge(box, *usable / 2));
             return;
         }
         painter.setPen(pen);
@@ -354,32 +347,19 @@ void DoodleSurface::drawArrow(const QPointF &givenStart, const QPointF &givenEnd
     if (!usable)
         return;
     const double w = *usable;
-    const double dx = end.x() - start.x();
-    const double dy = start.y() - end.y();
-    const double length = std::hypot(dx, dy);
-    if (!(length > 0.0) || !std::isfinite(length)) {
+    const auto path = DoodleDrawInput::arrowPath(start, end, w);
+    if (!path) {
         logSkipped("arrowInCacheWithStartPoint", QStringLiteral("no direction from start to end"));
         return;
     }
-    // The head: apex at the end, base 3w back along the shaft, 1.5w to each side.
-    const double a = 1.5 * w / length;
-    const double b = 3.0 * w / length;
-    const QPointF p1(end.x() - a * dy - b * dx, end.y() - a * dx + b * dy);
-    const QPointF p2(end.x() + a * dy - b * dx, end.y() + a * dx + b * dy);
-    QPainterPath path;
-    path.setFillRule(Qt::WindingFill);
-    path.moveTo(start);
-    path.lineTo(end);
-    path.addPolygon(QPolygonF({end, p1, p2, end, p1}));
     QPen pen(orBlack(color), w, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
     pen.setMiterLimit(kMiterLimit);
     // The apex's miter reaches about 1.12w beyond the end point.
-    paintShape(grown(QPolygonF({start, end, p1, p2}).boundingRect(), 1.5 * w), usable,
-               [&](QPainter &painter) {
-                   painter.setPen(pen);
-                   painter.setBrush(pen.color());
-                   painter.drawPath(path);
-               });
+    paintShape(grown(path->controlPointRect(), 1.5 * w), usable, [&](QPainter &painter) {
+        painter.setPen(pen);
+        painter.setBrush(pen.color());
+        painter.drawPath(*path);
+    });
 }
 
 void DoodleSurface::drawText(const QPointF &point, const QString &text, double textSize,
@@ -432,9 +412,8 @@ void DoodleSurface::paint(QPainter &painter, const QRect &dirty) const
     if (m_cacheImage.deviceIndependentSize() == QSizeF(size())) {
         const double ratio = m_cacheImage.devicePixelRatio();
         const QRectF source(QPointF(dirty.topLeft()) * ratio, QSizeF(dirty.size()) * ratio);
-        const double deviceRatio = painter.device()->devicePixelRatioF();
-
-        if (deviceRatio == ratio) {
+        const double deviceRatio = deviceScale(painter);
+        if (deviceRatio <= 0 || qFuzzyCompare(deviceRatio, ratio)) {
             // Copy only the changed rectangle, pixel for pixel.
             painter.drawImage(QRectF(dirty), m_cacheImage, source);
             return;

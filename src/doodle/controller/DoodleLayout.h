@@ -10,6 +10,7 @@
 #include <doodle/toolbar/ZQDoodleButtonView.h>
 #include <doodle/toolbar/ZQDoodleToolbar.h>
 
+#include <QByteArray>
 #include <QColor>
 #include <QImage>
 #include <QList>
@@ -220,15 +221,23 @@ public:
     void brushColorView(BrushColorView *view, const QColor &color) override;
 
     // Saving. saveImage() hands a snapshot to the picture sink: by default a
-    // new PNG file in the user's pictures folder; a host may set its own.
+    // new PNG file, on white, in the user's pictures folder; a host may set its own.
     void saveImage();
     void setPictureSink(const DoodlePictureSink &sink);
-    // The board without its tool bars, at one pixel a point, watermarked
+    // The board without its tool bars, at the screen scale, watermarked
     // with waterString(); the bars are shown afterwards.
     QImage imageScreenShot();
     // `image` redrawn at the screen scale with `text` tiled over it in a grid
     // turned by 30 degrees; without a text only redrawn.
     static QImage addWatermarketWithOriginImage(const QImage &image, const QString &text);
+    // The board's drawing as a vector document, built from the cache (not
+    // from pixels) in its order: strokes as round-capped paths, shapes and
+    // arrows as paths, text as text in the board's font, each eraser a mask
+    // (SVG) or a clip (PDF) over what was drawn before it, on the background
+    // colour and under the watermark. Sized in the board's points; empty when
+    // the board has no size.
+    QByteArray exportSvg() const;
+    QByteArray exportPdf() const;
     // `image` with every pixel it covers in `color`, its alpha kept.
     static QImage imageWithColor(const QColor &color, const QImage &image);
     // A disc of `color` in (8, 8, width - 22, height - 22) at the screen scale.

@@ -42,6 +42,17 @@ bool openNewPicture(const QString &folder, QFile &file, QString &error)
     return false;
 }
 
+// A saved file is opaque: the board (its own colour, if any, included) over
+// white, so that a viewer with a dark background shows black ink too.
+QImage onWhite(const QImage &picture)
+{
+    QImage opaque(picture.size(), QImage::Format_RGB32);
+    opaque.setDevicePixelRatio(picture.devicePixelRatio());
+    opaque.fill(Qt::white);
+    QPainter(&opaque).drawImage(0, 0, picture);
+    return opaque;
+}
+
 } // namespace
 
 void DoodleLayout::saveImage()
@@ -67,7 +78,7 @@ void DoodleLayoutPrivate::writePicture(const QImage &picture) const
         error = QStringLiteral("there is no pictures folder");
     else if (!QDir().mkpath(folder))
         error = QStringLiteral("the folder cannot be made");
-    else if (openNewPicture(folder, file, error) && !picture.save(&file, "PNG")) {
+    else if (openNewPicture(folder, file, error) && !onWhite(picture).save(&file, "PNG")) {
         error = QStringLiteral("the picture cannot be written");
         file.remove();
     }
@@ -88,11 +99,11 @@ QImage DoodleLayout::imageScreenShot()
             pickers << picker;
         picker->hide();
     }
-    // One pixel a point; the board's layers, kept at the screen scale, are
-    // sampled down smoothly by their own painting.
-    // The board alone: letterbox margins are no part of the picture.
+    // Composed at the scale of the picture it becomes (the screen's), from the
+    // layers' own pixels: no lower-resolution copy on the way. The board
+    // alone: letterbox margins are no part of the picture.
     const QRect frame = d->boardFrame();
-    QImage picture = DoodleBitmap::create(QSizeF(frame.size()), 1.0);
+    QImage picture = DoodleBitmap::create(QSizeF(frame.size()), DoodleScreen::scale());
     if (!picture.isNull())
         board->render(&picture, QPoint(), QRegion(frame), QWidget::DrawChildren);
     for (ZQDoodleButtonView *picker : pickers)

@@ -1,6 +1,7 @@
 target_sources(doodle PRIVATE
     doodle/controller/DoodleLayout.cpp
     doodle/controller/DoodleLayoutCoordinates.cpp
+    doodle/controller/DoodleLayoutExport.cpp
     doodle/controller/DoodleLayoutInput.cpp
     doodle/controller/DoodleLayoutReplay.cpp
     doodle/controller/DoodleLayoutSnapshot.cpp

@@ -195,7 +195,7 @@ void BrushWidthSlider::paintEvent(QPaintEvent *)
     QRectF thumb(QPointF(), m_thumb.deviceIndependentSize());
     thumb.moveCenter(QPointF(thumbX, height() * 0.5));
     painter.drawImage(thumb, m_thumb);
-    if (hasFocus()) { // the keyboard's ring around the thumb
+    if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange)) { // the keyboard's ring
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(palette().color(QPalette::Highlight), 2.0));
         painter.drawEllipse(thumb.adjusted(-2, -2, 2, 2));

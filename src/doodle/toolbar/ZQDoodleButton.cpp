@@ -251,7 +251,9 @@ void ZQDoodleButton::paintEvent(QPaintEvent *)
         painter.drawPath(
             roundedShape(tile.adjusted(inset, inset, -inset, -inset), d->cornerRadius - inset));
     }
-    if (hasFocus())
+    // Only where the keyboard moved the focus: the first button a window
+    // focuses by itself shows no ring to a mouse or finger user.
+    if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange))
         paintFocusRing(painter);
 }
 
