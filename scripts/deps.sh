@@ -8,7 +8,7 @@ packages=(
     libbenchmark-dev
     qt6-tools-dev qt6-l10n-tools
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtqml-workerscript
-    libmosquitto-dev mosquitto mosquitto-clients
+    libmosquitto-dev mosquitto mosquitto-clients openssl
     clang libclang-rt-14-dev clang-format
     fonts-dejavu-core locales xvfb xauth xdotool imagemagick
 )

@@ -4,10 +4,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
-# Outside renderers that the vector export's tests compare with the PNG: for
-# the tests only, so the demo's path (scripts/main.sh) stays quick.
+# For the tests only, so the demo's path (scripts/main.sh) stays quick: the
+# outside renderers that the vector export's tests compare with the PNG, and
+# the broker of the call test's three-node RabbitMQ cluster.
 missing=()
-for p in librsvg2-bin poppler-utils; do
+for p in librsvg2-bin poppler-utils rabbitmq-server; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
 if [ ${#missing[@]} -gt 0 ]; then

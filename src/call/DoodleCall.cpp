@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -27,11 +28,12 @@ DoodleCall::DoodleCall(DoodleLayout *board, const QString &callName, QObject *pa
         board->setDelegate(this);
     // The client's signals come from the network thread: queued onto this one.
     connect(
-        &d->m_client, &DoodleMqttClient::ready, this, [this] { d->onReady(); },
-        Qt::QueuedConnection);
+        &d->m_client, &DoodleMqttClient::ready, this,
+        [this](const QString &broker) { d->onReady(broker); }, Qt::QueuedConnection);
     connect(
         &d->m_client, &DoodleMqttClient::lost, this,
-        [this](const QString &reason) { d->onLost(reason); }, Qt::QueuedConnection);
+        [this](const QString &reason, bool fatal) { d->onLost(reason, fatal); },
+        Qt::QueuedConnection);
     connect(
         &d->m_client, &DoodleMqttClient::messageReceived, this,
         [this](const QString &topic, const QByteArray &payload) { d->onMessage(topic, payload); },
@@ -56,37 +58,83 @@ bool DoodleCall::isValidName(const QString &name)
     return std::none_of(name.begin(), name.end(), [](QChar c) { return forbidden.contains(c); });
 }
 
+QList<DoodleCallBroker> DoodleCall::parseBrokers(const QString &text)
+{
+    // HOST, HOST:PORT or [IPV6]:PORT, separated by commas.
+    static const QRegularExpression address(
+        QStringLiteral("^(?:\\[([0-9A-Fa-f:.]+)\\]|([^\\s,:\\[\\]]+))(?::(\\d{1,5}))?$"));
+    QList<DoodleCallBroker> brokers;
+    for (const QString &part : text.split(QLatin1Char(','))) {
+        const QRegularExpressionMatch match = address.match(part.trimmed());
+        const uint port =
+            match.hasMatch() && match.hasCaptured(3) ? match.captured(3).toUInt() : 1883;
+        if (!match.hasMatch() || port == 0 || port > 65535)
+            return {};
+        const QString host = match.hasCaptured(1) ? match.captured(1) : match.captured(2);
+        brokers.append({host, quint16(port)});
+    }
+    return brokers;
+}
+
+void DoodleCall::setLogin(const QString &username, const QString &password)
+{
+    d->m_username = username;
+    d->m_password = password;
+}
+
+void DoodleCall::setTls(const DoodleCallTls &tls)
+{
+    d->m_tls = tls;
+}
+
 bool DoodleCall::join(const QString &host, quint16 port, int timeoutMs)
 {
+    return join(QList<DoodleCallBroker>{{host, port}}, timeoutMs);
+}
+
+bool DoodleCall::join(const QList<DoodleCallBroker> &brokers, int timeoutMs)
+{
     if (!d->m_board || !isValidName(d->m_call) || !isValidName(d->m_user)) {
-        d->m_error = QStringLiteral("the call name and the user id must be non-empty topic "
-                                    "levels, without '/', '+' or '#'");
+        d->m_error = tr("the call name and the user id must be non-empty topic levels, without "
+                        "'/', '+' or '#'");
         return false;
     }
     if (d->m_joining) {
-        d->m_error = QStringLiteral("already joined");
+        d->m_error = tr("already joined");
         return false;
     }
-    d->m_client.setSubscriptions({QStringLiteral("doodle/%1/+").arg(d->m_call),
-                                  QStringLiteral("doodle/%1/+/sync").arg(d->m_call)});
-    // Gone without a goodbye: the broker says it for us.
-    d->m_client.setWill(d->syncTopic(),
-                        QJsonDocument(QJsonObject{{"doodle_sync", 1}, {"kind", "leave"}})
-                            .toJson(QJsonDocument::Compact));
+    if (!d->prepareClient())
+        return false;
     // This id may have been in the call before, from this board or another
     // process: stamps start past the wall clock, above any it sent then.
     d->m_board->advanceClock(quint64(QDateTime::currentMSecsSinceEpoch()));
+    // Every participant hears one broker's order (a cluster's node, its own).
+    d->m_board->setSharedOrder(true);
+    d->m_brokers.clear();
+    for (const DoodleCallBroker &broker : brokers)
+        d->m_brokers << QStringLiteral("%1:%2").arg(broker.host).arg(broker.port);
     QString problem;
-    if (!d->m_client.start(host, port, &problem)) {
-        d->m_error = QStringLiteral("cannot connect to %1:%2: %3").arg(host).arg(port).arg(problem);
+    if (!d->m_client.start(brokers, &problem)) {
+        d->m_error =
+            tr("cannot connect to %1: %2").arg(d->m_brokers.join(QLatin1Char(',')), problem);
         return false;
     }
     d->m_joining = true;
-    d->m_address = QStringLiteral("%1:%2").arg(host).arg(port);
     d->m_lastMessage.start();
     d->m_stableSince.start();
     d->m_firstConnectTimer.start(timeoutMs);
     return true;
+}
+
+bool DoodleCallPrivate::prepareClient()
+{
+    m_client.setSubscriptions({QStringLiteral("doodle/%1/+").arg(m_call),
+                               QStringLiteral("doodle/%1/+/sync").arg(m_call)});
+    // Gone without a goodbye: the broker says it for us.
+    m_client.setWill(syncTopic(), QJsonDocument(QJsonObject{{"doodle_sync", 1}, {"kind", "leave"}})
+                                      .toJson(QJsonDocument::Compact));
+    m_client.setLogin(m_username, m_password);
+    return m_client.setTls(m_tls, &m_error);
 }
 
 void DoodleCall::leave(int timeoutMs)
@@ -106,6 +154,11 @@ void DoodleCall::leave(int timeoutMs)
 bool DoodleCall::isConnected() const
 {
     return d->m_connected;
+}
+
+QString DoodleCall::brokerAddress() const
+{
+    return d->m_address;
 }
 
 QString DoodleCall::errorString() const
@@ -159,11 +212,12 @@ QString DoodleCallPrivate::senderOf(const QString &topic, bool *sync) const
     return levels.at(2);
 }
 
-void DoodleCallPrivate::onReady()
+void DoodleCallPrivate::onReady(const QString &broker)
 {
     if (!m_joining)
         return;
     m_connected = true;
+    m_address = broker;
     m_firstConnectTimer.stop();
     m_poll.start();
     if (!m_everConnected) {
@@ -178,10 +232,16 @@ void DoodleCallPrivate::onReady()
     }
 }
 
-void DoodleCallPrivate::onLost(const QString &reason)
+void DoodleCallPrivate::onLost(const QString &reason, bool fatal)
 {
     m_lastReason = reason;
-    if (!m_joining || !m_connected)
+    if (!m_joining)
+        return;
+    if (fatal) {
+        fail(reason);
+        return;
+    }
+    if (!m_connected)
         return;
     m_connected = false;
     qCWarning(lcDoodle, "the call lost its broker (%s); reconnecting", qPrintable(reason));
@@ -192,9 +252,16 @@ void DoodleCallPrivate::onFirstConnectTimeout()
 {
     if (m_everConnected)
         return;
-    m_error = QStringLiteral("cannot reach the broker at %1").arg(m_address);
+    QString reason = DoodleCall::tr("cannot reach the broker at %1").arg(m_brokers.join(", "));
     if (!m_lastReason.isEmpty())
-        m_error += QStringLiteral(" (%1)").arg(m_lastReason);
+        reason += QStringLiteral(" (%1)").arg(m_lastReason);
+    fail(reason);
+}
+
+void DoodleCallPrivate::fail(const QString &reason)
+{
+    m_error = reason;
+    m_connected = false;
     q->leave(0);
     emit q->failed(m_error);
 }
@@ -203,8 +270,15 @@ void DoodleCallPrivate::onMessage(const QString &topic, const QByteArray &payloa
 {
     bool sync = false;
     const QString sender = senderOf(topic, &sync);
-    if (!m_joining || sender.isNull() || sender == m_user || !m_board)
+    if (!m_joining || sender.isNull() || !m_board)
         return;
+    if (sender == m_user) {
+        // The broker's order, this board's own actions in it: drawings of
+        // peers without stamps are placed by it.
+        if (!sync)
+            m_board->onDoodleTextEchoed(QString::fromUtf8(payload));
+        return;
+    }
     m_lastMessage.restart();
     if (sync) {
         onSync(sender, payload);

@@ -32,9 +32,11 @@ public:
     // whether it is a catch-up topic.
     QString senderOf(const QString &topic, bool *sync) const;
     // Connection.
-    void onReady();
-    void onLost(const QString &reason);
+    bool prepareClient();
+    void onReady(const QString &broker);
+    void onLost(const QString &reason, bool fatal);
     void onFirstConnectTimeout();
+    void fail(const QString &reason);
     void onMessage(const QString &topic, const QByteArray &payload);
     // Catch-up exchange.
     void publishSync(QJsonObject header);
@@ -52,8 +54,12 @@ public:
     QString m_user;
     DoodleMqttClient m_client;
     QString m_error;
-    QString m_address;    // host:port
-    QString m_lastReason; // why the last connection attempt failed or dropped
+    QString m_username;
+    QString m_password;
+    DoodleCallTls m_tls;
+    QStringList m_brokers; // host:port of each broker given to join()
+    QString m_address;     // host:port of the current or last connection
+    QString m_lastReason;  // why the last connection attempt failed or dropped
     bool m_joining = false;
     bool m_connected = false;
     bool m_everConnected = false;

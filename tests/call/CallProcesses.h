@@ -26,8 +26,10 @@ public:
     }
     ~ToolProcess() { stop(); }
 
-    void start(const QString &program, const QStringList &arguments)
+    void start(const QString &program, const QStringList &arguments,
+               const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
+        m_process.setProcessEnvironment(environment);
         m_process.start(program, arguments);
     }
     // Ends the process: asked first, killed if it does not go.
@@ -42,6 +44,7 @@ public:
         }
     }
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    qint64 processId() const { return m_process.processId(); }
     bool finishedWith(int code) const
     {
         return !isRunning() && m_process.exitStatus() == QProcess::NormalExit &&
@@ -64,7 +67,8 @@ inline quint16 freeLoopbackPort()
     return server.listen(QHostAddress::LocalHost, 0) ? server.serverPort() : 0;
 }
 
-// mosquitto on 127.0.0.1, anonymous, without persistence: a restart forgets everything.
+// mosquitto on 127.0.0.1, anonymous, without persistence: a restart forgets
+// everything. Or mosquitto with a configuration of its own.
 class Broker
 {
 public:
@@ -76,22 +80,20 @@ public:
 
     static bool isInstalled(const QString &program) { return QFileInfo(program).isExecutable(); }
 
+    // Runs `config` instead, which listens on 127.0.0.1:`port`.
+    void useConfig(const QString &config, quint16 port)
+    {
+        m_config = config;
+        m_port = port;
+    }
+
     bool start()
     {
-        if (!m_port)
-            m_port = freeLoopbackPort();
-        const QString config = m_dir.filePath(QStringLiteral("mosquitto.conf"));
-        QFile file(config);
-        if (!m_port || !file.open(QIODevice::WriteOnly))
+        if (m_config.isEmpty() && !writeConfig())
             return false;
-        file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
-                                  "persistence false\nset_tcp_nodelay %2\n")
-                       .arg(m_port)
-                       .arg(m_noDelay ? "true" : "false")
-                       .toUtf8());
-        file.close();
         m_process = std::make_unique<ToolProcess>();
-        m_process->start(m_program, {QStringLiteral("-c"), config});
+        m_process->start(m_program,
+                         {QStringLiteral("-c"), m_config.isEmpty() ? defaultConfig() : m_config});
         // It logs to standard error; ready once it says it runs.
         const bool running = QTest::qWaitFor(
             [this] {
@@ -103,12 +105,105 @@ public:
     }
     void stop() { m_process.reset(); }
     quint16 port() const { return m_port; }
+    qint64 processId() const { return m_process ? m_process->processId() : 0; }
     QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
 
 private:
+    QString defaultConfig() const { return m_dir.filePath(QStringLiteral("mosquitto.conf")); }
+    bool writeConfig()
+    {
+        if (!m_port)
+            m_port = freeLoopbackPort();
+        QFile file(defaultConfig());
+        if (!m_port || !file.open(QIODevice::WriteOnly))
+            return false;
+        return file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
+                                         "persistence false\nset_tcp_nodelay %2\n")
+                              .arg(m_port)
+                              .arg(m_noDelay ? "true" : "false")
+                              .toUtf8()) > 0;
+    }
+
     QString m_program;
+    QString m_config;
     bool m_noDelay = false;
     QTemporaryDir m_dir;
     quint16 m_port = 0;
     std::unique_ptr<ToolProcess> m_process;
+};
+
+// A three-node RabbitMQ cluster with its MQTT plugin, started and stopped by
+// the shipped script on free loopback ports.
+class RabbitCluster
+{
+public:
+    explicit RabbitCluster(const QString &script) : m_script(script) {}
+    ~RabbitCluster() { stop(); }
+
+    static bool isInstalled()
+    {
+        return QFileInfo(QStringLiteral("/usr/lib/rabbitmq/bin/rabbitmq-server")).isExecutable();
+    }
+
+    // The nodes' MQTT addresses once all three run as one cluster, or empty.
+    QStringList start()
+    {
+        QStringList ports[3];
+        for (QStringList &list : ports) {
+            for (int i = 0; i < 3; ++i)
+                list << QString::number(freeLoopbackPort());
+        }
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DOODLE_MQTT_PORTS", ports[0].join(' '));
+        environment.insert("DOODLE_AMQP_PORTS", ports[1].join(' '));
+        environment.insert("DOODLE_DIST_PORTS", ports[2].join(' '));
+        m_environment = environment;
+        m_started = true;
+        if (!run({"start", m_dir.path()}, 180000))
+            return {};
+        QStringList addresses;
+        for (const QString &port : ports[0]) {
+            addresses << QStringLiteral("127.0.0.1:") + port;
+            m_mqttPorts << quint16(port.toUInt());
+        }
+        return addresses;
+    }
+    // Stops node `node` (1 to 3), or every node.
+    bool stop(int node = 0)
+    {
+        if (!m_started)
+            return true;
+        m_started = node != 0;
+        const QStringList which = node ? QStringList{QString::number(node)} : QStringList();
+        return run(QStringList{"stop", m_dir.path()} + which, 60000);
+    }
+    QString log() const { return m_log; }
+    quint16 mqttPort(int node) const { return m_mqttPorts.value(node - 1); }
+    // The process of node `node` (1 to 3), 0 when it does not run.
+    qint64 processId(int node) const
+    {
+        QFile file(m_dir.filePath(QStringLiteral("node%1/pid").arg(node)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toLongLong() : 0;
+    }
+
+private:
+    bool run(const QStringList &arguments, int timeoutMs)
+    {
+        QProcess process;
+        process.setProcessEnvironment(m_environment);
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(QStringLiteral("bash"), QStringList{m_script} + arguments);
+        const bool done = process.waitForFinished(timeoutMs);
+        m_log += QString::fromUtf8(process.readAll());
+        if (!done)
+            process.kill();
+        return done && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    }
+
+    QString m_script;
+    QTemporaryDir m_dir;
+    QProcessEnvironment m_environment;
+    QList<quint16> m_mqttPorts;
+    bool m_started = false;
+    QString m_log;
 };

@@ -1,7 +1,10 @@
-// A real call: `doodle join` participants and a mosquitto broker that this
-// test starts on a free loopback port. Boards drawn at once, a late joiner and
-// a broker restart end identical; actions from a plain MQTT client reach
-// every board as `doodle render` draws them.
+// A real call: `doodle join` participants and mosquitto brokers that this
+// test starts on free loopback ports. Boards drawn at once, a late joiner, a
+// broker restart and a broker lost for good end identical; actions from a
+// plain MQTT client reach every board as `doodle render` draws them. Over the
+// shipped secure configuration (TLS, passwords, an ACL) participants converge,
+// nobody draws as another, and what the broker refuses ends `doodle join` at
+// once, saying why.
 #include "CallProcesses.h"
 
 #include "DoodleCommands.h"
@@ -81,23 +84,111 @@ class TestDoodleCall : public QObject
     Q_OBJECT
 private:
     QTemporaryDir m_dir;
+    // The secure broker, run once for every test that needs it, and its secrets.
+    QTemporaryDir m_secrets;
+    std::unique_ptr<Broker> m_secure;
 
     // Starts `doodle join` headless for `user` in call "board".
-    void join(ToolProcess &member, const Broker &broker, const QString &user,
-              const QStringList &extra)
+    void join(ToolProcess &member, const QString &brokers, const QString &user,
+              const QStringList &extra,
+              const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
-        member.start(DOODLE_TOOL, QStringList{"join", "--broker", broker.address(), "--call",
-                                              "board", "--user", user, "--size", kSize, "--scale",
-                                              kScale, "--snapshot", m_dir.filePath(user + ".png")} +
-                                      extra);
+        member.start(DOODLE_TOOL,
+                     QStringList{"join", "--broker", brokers, "--call", "board", "--user", user,
+                                 "--size", kSize, "--scale", kScale, "--snapshot",
+                                 m_dir.filePath(user + ".png")} +
+                         extra,
+                     environment);
+    }
+    QString secret(const QString &file) const { return m_secrets.filePath(file); }
+    // TLS and a login for `user` on the secure broker.
+    QStringList secureLogin(const QString &user) const
+    {
+        return {"--cafile", secret("ca.crt"), "--password-file", secret(user + ".password")};
     }
 
+    // Makes the throwaway secrets with the shipped script and starts a broker
+    // with the shipped configuration; false when openssl or mosquitto_passwd
+    // are missing.
+    bool startSecureBroker()
+    {
+        for (const char *tool : {"openssl", "mosquitto_passwd", "bash"}) {
+            if (QStandardPaths::findExecutable(tool).isEmpty())
+                return false;
+        }
+        const quint16 port = freeLoopbackPort();
+        for (const QString &dir : {m_secrets.path(), secret("stranger")}) {
+            if (QProcess::execute("bash", {DOODLE_SECURE_SCRIPT, dir, QString::number(port)}) != 0)
+                return false;
+        }
+        m_secure = std::make_unique<Broker>(DOODLE_MOSQUITTO);
+        m_secure->useConfig(secret("mosquitto.conf"), port);
+        return m_secure->start();
+    }
+
+    QString readSecret(const QString &file) const
+    {
+        QFile in(secret(file));
+        return in.open(QIODevice::ReadOnly) ? QString::fromUtf8(in.readAll()).trimmed() : QString();
+    }
+    void publishAsMallory(const QString &topic, const QString &text)
+    {
+        ToolProcess publisher;
+        publisher.start(DOODLE_MOSQUITTO_PUB,
+                        {"-h", "127.0.0.1", "-p", QString::number(m_secure->port()), "--cafile",
+                         secret("ca.crt"), "-u", "mallory", "-P", readSecret("mallory.password"),
+                         "-q", "1", "-t", topic, "-m", text});
+        QTRY_VERIFY_WITH_TIMEOUT(!publisher.isRunning(), 10000);
+        QVERIFY2(publisher.finishedWith(0), qPrintable(publisher.err()));
+    }
+
+    // Every member ends well with one fingerprint, not that of an empty board,
+    // and every user's picture is the same; `agreed` is that picture.
+    void expectAgreement(const QList<ToolProcess *> &members, const QStringList &users,
+                         QImage *agreed)
+    {
+        for (ToolProcess *member : members) {
+            QTRY_VERIFY_WITH_TIMEOUT(!member->isRunning(), 45000);
+            QVERIFY2(member->finishedWith(0), qPrintable(member->err()));
+            QCOMPARE(member->lastLine(), members.first()->lastLine());
+        }
+        QVERIFY(members.first()->lastLine().startsWith("fingerprint "));
+        QVERIFY(members.first()->lastLine() != "fingerprint 0000000000000000");
+        *agreed = picture(m_dir.filePath(users.first() + ".png"));
+        QCOMPARE(agreed->size(), QSize(390, 560));
+        for (const QString &user : users)
+            QVERIFY2(picture(m_dir.filePath(user + ".png")) == *agreed,
+                     qPrintable(user + " differs from " + users.first()));
+    }
+
+    // Rows of refusesWhatItCannotJoin against the secure broker.
+    void addSecureRefusals()
+    {
+        const QStringList names{"--call", "board", "--user", "alice"};
+        const QStringList broker{"--broker", m_secure->address(), "--snapshot", "x.png"};
+        QTest::newRow("wrong password")
+            << broker + names +
+                   QStringList{"--cafile", secret("ca.crt"), "--password-file",
+                               secret("bob.password")}
+            << 1 << "the broker at " + m_secure->address() + " refused the login as alice";
+        QTest::newRow("unknown CA")
+            << broker + names + QStringList{"--cafile", secret("stranger/ca.crt")} << 1
+            << "does not verify against " + secret("stranger/ca.crt");
+        QTest::newRow("no TLS against a TLS listener")
+            << broker + names << 1 << "closed the connection before accepting it";
+        QTest::newRow("a certificate without TLS")
+            << broker + names +
+                   QStringList{"--cert", secret("alice.crt"), "--key", secret("alice.key")}
+            << 2 << "--cert and --key go with --cafile";
+    }
 private slots:
     void initTestCase()
     {
         if (!Broker::isInstalled(DOODLE_MOSQUITTO))
             QSKIP("the mosquitto broker is not installed (scripts/deps.sh installs it)");
         QVERIFY(m_dir.isValid());
+        if (!startSecureBroker())
+            m_secure.reset();
     }
 
     void concurrentDrawingALateJoinerAndABrokerRestartEndIdentical()
@@ -110,41 +201,170 @@ private slots:
         for (int i = 0; i < 3; ++i) {
             const QString session = m_dir.filePath(users[i] + ".jsonl");
             QVERIFY(writeLines(session, makeSession(quint32(i + 1), 60, colors[i], i == 1)));
-            join(members[i], broker, users[i],
+            join(members[i], broker.address(), users[i],
                  {"--play", session, "--interval", "50", "--quit-after-idle", "1"});
         }
         // A fourth joins a quarter of the way in; the broker restarts half way.
         QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 10/60"), 20000);
-        join(members[3], broker, "dan", {"--quit-after-idle", "1"});
+        join(members[3], broker.address(), "dan", {"--quit-after-idle", "1"});
         QTRY_VERIFY_WITH_TIMEOUT(members[3].out().contains("connected"), 10000);
         QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 20/60"), 20000);
         QVERIFY2(members[0].isRunning(), qPrintable(members[0].err()));
         broker.stop();
         QVERIFY(broker.start());
 
-        QString fingerprint;
         QImage first;
-        for (ToolProcess &member : members) {
-            QTRY_VERIFY_WITH_TIMEOUT(!member.isRunning(), 45000);
-            QVERIFY2(member.finishedWith(0), qPrintable(member.err()));
-            // Every participant lived through the restart.
+        expectAgreement({&members[0], &members[1], &members[2], &members[3]},
+                        users + QStringList{"dan"}, &first);
+        if (QTest::currentTestFailed())
+            return;
+        // Every participant lived through the restart.
+        for (ToolProcess &member : members)
             QVERIFY2(member.out().contains("\nreconnected\n"), qPrintable(member.out()));
-            if (fingerprint.isNull())
-                fingerprint = member.lastLine();
-            QCOMPARE(member.lastLine(), fingerprint);
-        }
-        QVERIFY(fingerprint.startsWith("fingerprint "));
-        QVERIFY(fingerprint != "fingerprint 0000000000000000");
-        for (const QString &user : QStringList{"ann", "ben", "cat", "dan"}) {
-            const QImage image = picture(m_dir.filePath(user + ".png"));
-            QCOMPARE(image.size(), QSize(390, 560));
-            if (first.isNull())
-                first = image;
-            QVERIFY2(image == first, qPrintable(user + " differs from ann"));
-        }
         // Drawings of all three players survived, the clear included.
         for (const QColor &color : colors)
             QVERIFY2(containsColor(first, color), qPrintable(color.name()));
+    }
+
+    // Ann and Ben may use either broker and start on the first; Cat knows only
+    // the second. The first stops for good a quarter of the way in: Ann and Ben
+    // move to the second, and every board ends as one with all three's drawings.
+    void aCallOutlivesItsFirstBroker()
+    {
+        Broker first(DOODLE_MOSQUITTO), second(DOODLE_MOSQUITTO);
+        QVERIFY(first.start());
+        QVERIFY(second.start());
+        const QStringList users{"ann", "ben", "cat"};
+        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        ToolProcess members[3];
+        for (int i = 0; i < 3; ++i) {
+            const QString session = m_dir.filePath(users[i] + ".jsonl");
+            QVERIFY(writeLines(session, makeSession(quint32(i + 4), 40, colors[i], i == 1)));
+            join(members[i], i < 2 ? first.address() + ',' + second.address() : second.address(),
+                 users[i], {"--play", session, "--interval", "50", "--quit-after-idle", "1"});
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 10/40"), 20000);
+        QVERIFY2(members[0].out().contains("connected to " + first.address()),
+                 qPrintable(members[0].out()));
+        first.stop();
+        QImage agreed;
+        expectAgreement({&members[0], &members[1], &members[2]}, users, &agreed);
+        if (QTest::currentTestFailed())
+            return;
+        for (int i = 0; i < 2; ++i)
+            QVERIFY2(members[i].out().contains("\nreconnected\n"), qPrintable(members[i].out()));
+        for (const QColor &color : colors)
+            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+    }
+
+    // Two participants and a plain MQTT client without stamps draw at once, and
+    // a fourth participant joins a quarter of the way in: through one broker
+    // every board ends with one picture, the plain client's drawings in place.
+    void aCallWithAPeerWithoutStampsEndsIdentical()
+    {
+        if (!Broker::isInstalled(DOODLE_MOSQUITTO_PUB))
+            QSKIP("mosquitto_pub is not installed (scripts/deps.sh installs it)");
+        Broker broker(DOODLE_MOSQUITTO, true);
+        QVERIFY(broker.start());
+        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        ToolProcess members[3], plain;
+        for (int i = 0; i < 2; ++i) {
+            const QString session = m_dir.filePath(QStringLiteral("mixed%1.jsonl").arg(i));
+            QVERIFY(writeLines(session, makeSession(quint32(i + 21), 40, colors[i], false)));
+            join(members[i], broker.address(), i == 0 ? "ann" : "ben",
+                 {"--play", session, "--interval", "40", "--quit-after-idle", "1.5"});
+        }
+        for (int i = 0; i < 2; ++i)
+            QTRY_VERIFY_WITH_TIMEOUT(members[i].out().contains("connected"), 10000);
+        // The plain client: one line at a time, on its own topic, in between.
+        const QString lines = m_dir.filePath("plain.jsonl");
+        QVERIFY(writeLines(lines, makeSession(23, 30, colors[2], false)));
+        plain.start("bash", {"-c", QStringLiteral("while read -r line; do %1 -h 127.0.0.1 -p %2 "
+                                                  "-q 1 -t doodle/board/pat -m \"$line\"; "
+                                                  "sleep 0.03; done < %3")
+                                       .arg(DOODLE_MOSQUITTO_PUB)
+                                       .arg(broker.port())
+                                       .arg(lines)});
+        QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 10/40"), 20000);
+        join(members[2], broker.address(), "dan", {"--quit-after-idle", "1.5"});
+        QTRY_VERIFY_WITH_TIMEOUT(!plain.isRunning(), 30000);
+        QVERIFY2(plain.finishedWith(0), qPrintable(plain.err()));
+        QImage agreed;
+        expectAgreement({&members[0], &members[1], &members[2]}, {"ann", "ben", "dan"}, &agreed);
+        for (const QColor &color : colors)
+            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+    }
+
+    // A call on a three-node RabbitMQ cluster: one participant on each node,
+    // each able to reach the others, and a late joiner. The first node stops a
+    // third of the way in; its participant moves to the next, and every board
+    // ends as one with all three's drawings.
+    void aCallOnAClusterOutlivesANode()
+    {
+        if (!RabbitCluster::isInstalled())
+            QSKIP("rabbitmq-server is not installed (scripts/test.sh installs it)");
+        RabbitCluster cluster(DOODLE_CLUSTER_SCRIPT);
+        const QStringList nodes = cluster.start();
+        QVERIFY2(nodes.size() == 3, qPrintable(cluster.log()));
+        const QStringList users{"ann", "ben", "cat"};
+        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        ToolProcess members[4];
+        for (int i = 0; i < 4; ++i) {
+            // Each participant starts on its own node and knows the others.
+            const QStringList order = nodes.mid(i % 3) + nodes.mid(0, i % 3);
+            const QString user = i < 3 ? users[i] : QStringLiteral("dan");
+            const QString session = m_dir.filePath(user + ".jsonl");
+            QVERIFY(writeLines(
+                session, makeSession(quint32(i + 31), i < 3 ? 40 : 0, colors[i % 3], i == 1)));
+            if (i == 3)
+                QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 10/40"), 30000);
+            join(members[i], order.join(','), user,
+                 {"--play", session, "--interval", "60", "--quit-after-idle", "2"});
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(members[0].out().contains("played 15/40"), 30000);
+        QVERIFY2(cluster.stop(1), qPrintable(cluster.log()));
+        QImage agreed;
+        expectAgreement({&members[0], &members[1], &members[2], &members[3]},
+                        users + QStringList{"dan"}, &agreed);
+        if (QTest::currentTestFailed())
+            return;
+        QVERIFY2(members[0].out().contains("\nreconnected\n"), qPrintable(members[0].out()));
+        for (const QColor &color : colors)
+            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+    }
+
+    // Alice (with a client certificate) and Bob (his password from the
+    // environment) draw over TLS. Mallory, in the call too, forges a drawing on
+    // Alice's topic, then draws one on her own: the broker drops the first.
+    void aSecureCallConvergesAndNobodyDrawsAsAnother()
+    {
+        if (!m_secure)
+            QSKIP("openssl or mosquitto_passwd is missing: no secure broker to test against");
+        const QColor red(200, 30, 30), blue(30, 30, 200), forged(250, 150, 0), own(0, 160, 160);
+        ToolProcess alice, bob;
+        const QString aliceSession = m_dir.filePath("alice.jsonl");
+        const QString bobSession = m_dir.filePath("bob.jsonl");
+        QVERIFY(writeLines(aliceSession, makeSession(11, 20, red, false)));
+        QVERIFY(writeLines(bobSession, makeSession(12, 20, blue, false)));
+        join(alice, m_secure->address(), "alice",
+             secureLogin("alice") + QStringList{"--cert", secret("alice.crt"), "--key",
+                                                secret("alice.key"), "--play", aliceSession,
+                                                "--quit-after-idle", "2"});
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DOODLE_PASSWORD", readSecret("bob.password"));
+        join(bob, m_secure->address(), "bob",
+             {"--cafile", secret("ca.crt"), "--play", bobSession, "--quit-after-idle", "2"},
+             environment);
+        for (ToolProcess *member : {&alice, &bob})
+            QTRY_VERIFY2_WITH_TIMEOUT(member->out().contains("connected"),
+                                      qPrintable(member->err()), 10000);
+        publishAsMallory("doodle/board/alice", makeSession(13, 1, forged, false).first());
+        publishAsMallory("doodle/board/mallory", makeSession(14, 1, own, false).first());
+        QImage agreed;
+        expectAgreement({&alice, &bob}, {"alice", "bob"}, &agreed);
+        for (const QColor &color : {red, blue, own})
+            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+        QVERIFY2(!containsColor(agreed, forged), "mallory drew as alice");
     }
 
     void actionsFromAPlainClientReachEveryBoardAsRendered()
@@ -155,7 +375,8 @@ private slots:
         QVERIFY(broker.start());
         ToolProcess members[2];
         for (int i = 0; i < 2; ++i) {
-            join(members[i], broker, QStringLiteral("viewer%1").arg(i), {"--quit-after-idle", "3"});
+            join(members[i], broker.address(), QStringLiteral("viewer%1").arg(i),
+                 {"--quit-after-idle", "3"});
             QTRY_VERIFY_WITH_TIMEOUT(members[i].out().contains("connected"), 10000);
         }
         // Each line as its author would send it: on the author's own topic, in order.
@@ -196,13 +417,13 @@ private slots:
         Broker broker(DOODLE_MOSQUITTO);
         QVERIFY(broker.start());
         ToolProcess watcher, visits[2];
-        join(watcher, broker, "ben", {"--quit-after-idle", "2"});
+        join(watcher, broker.address(), "ben", {"--quit-after-idle", "2"});
         QTRY_VERIFY_WITH_TIMEOUT(watcher.out().contains("connected"), 10000);
         const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 30, 200)};
         for (int i = 0; i < 2; ++i) {
             const QString session = m_dir.filePath(QStringLiteral("visit%1.jsonl").arg(i));
             QVERIFY(writeLines(session, makeSession(quint32(i + 7), 1, colors[i], false)));
-            join(visits[i], broker, "ann",
+            join(visits[i], broker.address(), "ann",
                  {"--play", session, "--interval", "0", "--quit-after-idle", "0.3"});
             QTRY_VERIFY_WITH_TIMEOUT(!visits[i].isRunning(), 10000);
             QVERIFY2(visits[i].finishedWith(0), qPrintable(visits[i].err()));
@@ -260,10 +481,10 @@ private slots:
                                   QString::number(broker.port()), "-t", "doodle/board/+/sync", "-q",
                                   "1", "-d"});
         QTRY_VERIFY_WITH_TIMEOUT(observer.out().contains("SUBACK"), 10000);
-        join(ann, broker, "ann",
+        join(ann, broker.address(), "ann",
              {"--play", DOODLE_SAMPLE_SESSION, "--interval", "0", "--quit-after-idle", "2"});
         QTRY_VERIFY_WITH_TIMEOUT(ann.out().contains("played 14/14"), 10000);
-        join(ben, broker, "ben", {"--quit-after-idle", "1"});
+        join(ben, broker.address(), "ben", {"--quit-after-idle", "1"});
         QTRY_VERIFY_WITH_TIMEOUT(!ann.isRunning() && !ben.isRunning(), 20000);
         QCOMPARE(ben.lastLine(), ann.lastLine());
         observer.stop();
@@ -309,6 +530,8 @@ private slots:
             << QStringList{"--broker", nobody, "--play", "/nonexistent", "--snapshot", "x.png"} +
                    names
             << 2 << "cannot read";
+        if (m_secure)
+            addSecureRefusals();
     }
     void refusesWhatItCannotJoin()
     {

@@ -1,8 +1,10 @@
 // Three boards linked only through the text form, driven by random sessions of
 // every tool, undo, clear, resizes, state hand-offs and hostile texts, over a channel that
-// delivers at once or one that keeps each sender's order but interleaves
-// senders: at the end every board holds the same cache and draws exactly what
-// a fresh board draws from it.
+// delivers at once, one that keeps each sender's order but interleaves
+// senders, or one broker: one order for every board, each board's own actions
+// echoed, each board reading at its own pace, a peer without stamps drawing
+// through it and the third board joining late. At the end every board holds
+// the same cache and draws exactly what a fresh board draws from it.
 // DOODLE_SEEDS=N runs N seeds instead of the usual set, DOODLE_STEPS=N
 // sessions of N steps instead of 60.
 #include "BoardHarness.h"
@@ -39,6 +41,13 @@ struct Op
     double width = 2;
     QList<QPointF> points;
     QString text; // typed text; null leaves the field open. Hostile: the received text
+};
+
+enum class Channel
+{
+    AtOnce,
+    Reordering,
+    Broker,
 };
 
 const QList<QSize> kSizes = {{200, 140}, {200, 140}, {260, 180}};
@@ -115,14 +124,29 @@ Op randomOp(QRandomGenerator &random, bool legacyPeer)
     return op;
 }
 
+// A peer without stamps through the broker: strokes and boxes, now and then an undo.
+QString stamplessText(QRandomGenerator &random)
+{
+    const QPointF p(random.generateDouble() - 0.5, random.generateDouble() - 0.5);
+    const QColor color = QColor::fromRgb(random.generate());
+    const int roll = random.bounded(10);
+    if (roll == 0)
+        return DoodleTranslate::stringFromDoodleAction(commandAction(DoodleActionTypeUndo, "pat"));
+    const DoodleActionPtr action =
+        roll < 6 ? strokeAction("pat", {p, p + QPointF(0.3, 0.1), p + QPointF(0.1, 0.4)}, color)
+                 : boxAction(DoodleActionTypeRectangle, "pat", QRectF(p, QSizeF(0.4, 0.3)), color);
+    return DoodleTranslate::stringFromDoodleAction(action);
+}
+
 class Call
 {
 public:
-    explicit Call(bool reordering) : m_reordering(reordering)
+    explicit Call(Channel channel, quint32 seed) : m_channel(channel), m_peer(seed)
     {
         for (int i = 0; i < 3; ++i) {
             boards.emplace_back(std::make_unique<Participant>(kUsers.at(i), kSizes.at(i)));
             boards.back()->board.showToolBar();
+            boards.back()->board.setSharedOrder(channel == Channel::Broker);
         }
         for (int i = 0; i < 3; ++i) {
             boards.at(size_t(i))->host.onGenerated = [this, i](const DoodleActionPtr &action) {
@@ -133,16 +157,57 @@ public:
     }
 
     // Every message reaches every other board: at once, or queued per sender
-    // and receiver, so that each sender's order holds but senders interleave.
+    // and receiver, so that each sender's order holds but senders interleave,
+    // or logged by the broker for every board, the sender's own included.
     void send(const QString &sender, const QString &text, int except)
     {
+        if (m_channel == Channel::Broker) {
+            m_log.append({sender, text});
+            return;
+        }
         for (int j = 0; j < 3; ++j) {
             if (j == except)
                 continue;
-            if (m_reordering)
+            if (m_channel == Channel::Reordering)
                 m_queues[sender][j].append(text);
             else
                 deliver(sender, text, j);
+        }
+    }
+
+    // Through the broker: the third board is away for the first third of the
+    // session; it then hears what comes from that moment on and takes the
+    // first board's state. The peer without stamps draws now and then.
+    bool isAway(int board) const { return m_channel == Channel::Broker && board == 2 && m_away; }
+    void step(int index, qsizetype steps)
+    {
+        if (m_channel != Channel::Broker)
+            return;
+        if (m_away && index == steps / 3) {
+            m_away = false;
+            m_read[2] = m_log.size();
+            boards[2]->board.mergeState(boards[0]->board.exportState());
+        }
+        if (m_peer.bounded(3) == 0)
+            m_log.append({QStringLiteral("pat"), stamplessText(m_peer)});
+    }
+
+    // At the end, as the call does: boards whose fingerprints differ hand
+    // each other their states.
+    void catchUp()
+    {
+        for (int round = 0; round < 3; ++round) {
+            for (int i = 0; i < 3; ++i) {
+                for (int j = i + 1; j < 3; ++j) {
+                    DoodleLayout &a = boards.at(size_t(i))->board;
+                    DoodleLayout &b = boards.at(size_t(j))->board;
+                    if (a.fingerprint() == b.fingerprint())
+                        continue;
+                    const QString state = a.exportState();
+                    a.mergeState(b.exportState());
+                    b.mergeState(state);
+                }
+            }
         }
     }
 
@@ -155,6 +220,10 @@ public:
     // Delivers the oldest message of up to `count` queues picked at random.
     void pump(int count)
     {
+        if (m_channel == Channel::Broker) {
+            pumpBroker(count);
+            return;
+        }
         for (int n = 0; n < count; ++n) {
             QList<std::pair<QString, int>> waiting;
             for (auto it = m_queues.cbegin(); it != m_queues.cend(); ++it) {
@@ -170,8 +239,30 @@ public:
         }
     }
 
+    // The next message of the log to up to `count` boards picked at random.
+    void pumpBroker(int count)
+    {
+        for (int n = 0; n < count; ++n) {
+            QList<int> behind;
+            for (int j = 0; j < 3; ++j) {
+                if (!isAway(j) && m_read[j] < m_log.size())
+                    behind << j;
+            }
+            if (behind.isEmpty())
+                return;
+            const int to = behind.at(m_random.bounded(int(behind.size())));
+            const auto &[sender, text] = m_log.at(m_read[to]++);
+            if (sender == kUsers.at(to))
+                boards.at(size_t(to))->board.onDoodleTextEchoed(text);
+            else
+                deliver(sender, text, to);
+        }
+    }
+
     void run(const Op &op)
     {
+        if (isAway(op.board))
+            return;
         DoodleLayout &board = boards.at(size_t(op.board))->board;
         const QSizeF size = board.getScaleSize();
         const auto at = [&size](const QPointF &f) {
@@ -242,6 +333,8 @@ public:
         for (int i = 0; i < 3; ++i) {
             if (cacheTexts(i) != first)
                 return QStringLiteral("caches differ: board %1").arg(i);
+            if (boards.at(size_t(i))->board.fingerprint() != boards[0]->board.fingerprint())
+                return QStringLiteral("fingerprints differ: board %1").arg(i);
             if (const int d = differenceFromReplay(*boards.at(size_t(i)), kSizes.at(i)))
                 return QStringLiteral("board %1 differs from its replay by %2").arg(i).arg(d);
         }
@@ -265,31 +358,37 @@ public:
     bool sawNull = false;
 
 private:
-    bool m_reordering;
+    Channel m_channel;
     QMap<QString, std::array<QStringList, 3>> m_queues;
+    QList<std::pair<QString, QString>> m_log; // the broker's order: sender, text
+    std::array<qsizetype, 3> m_read{};        // how far each board has read it
+    bool m_away = true;
     QRandomGenerator m_random{7};
+    QRandomGenerator m_peer;
 };
 
-QString failure(const QList<Op> &ops, bool reordering)
+QString failure(const QList<Op> &ops, Channel channel, quint32 seed)
 {
-    Call call(reordering);
-    for (const Op &op : ops) {
-        call.run(op);
-        call.pump(op.board); // 0 to 2 messages move on between steps
+    Call call(channel, seed);
+    for (qsizetype i = 0; i < ops.size(); ++i) {
+        call.step(int(i), ops.size());
+        call.run(ops.at(i));
+        call.pump(ops.at(i).board); // 0 to 2 messages move on between steps
     }
     call.pump(std::numeric_limits<int>::max());
+    call.catchUp();
     return call.disagreement();
 }
 
 // The shortest list found by dropping steps one at a time that still fails.
-QList<Op> shrunk(QList<Op> ops, bool reordering)
+QList<Op> shrunk(QList<Op> ops, Channel channel, quint32 seed)
 {
     for (bool progress = true; progress;) {
         progress = false;
         for (qsizetype i = ops.size() - 1; i >= 0; --i) {
             QList<Op> fewer = ops;
             fewer.removeAt(i);
-            if (!failure(fewer, reordering).isEmpty()) {
+            if (!failure(fewer, channel, seed).isEmpty()) {
                 ops = fewer;
                 progress = true;
             }
@@ -300,6 +399,8 @@ QList<Op> shrunk(QList<Op> ops, bool reordering)
 
 } // namespace
 
+Q_DECLARE_METATYPE(Channel)
+
 class TestDoodleLayoutConverge : public QObject
 {
     Q_OBJECT
@@ -308,26 +409,30 @@ private slots:
     {
         QTest::addColumn<quint32>("seed");
         QTest::addColumn<double>("scale");
-        QTest::addColumn<bool>("reordering");
+        QTest::addColumn<Channel>("channel");
         QTest::addColumn<bool>("legacyPeer");
         const int seeds = qEnvironmentVariableIsSet("DOODLE_SEEDS")
                               ? qEnvironmentVariableIntValue("DOODLE_SEEDS")
                               : 16;
         for (int seed = 1; seed <= seeds; ++seed) {
             const double scale = seed % 4 == 0 ? 2.0 : 1.0;
-            QTest::addRow("at once, seed %d", seed) << quint32(seed) << scale << false << false;
-            QTest::addRow("reordering, seed %d", seed) << quint32(seed) << scale << true << false;
+            QTest::addRow("at once, seed %d", seed)
+                << quint32(seed) << scale << Channel::AtOnce << false;
+            QTest::addRow("reordering, seed %d", seed)
+                << quint32(seed) << scale << Channel::Reordering << false;
+            QTest::addRow("one broker, a peer without stamps, seed %d", seed)
+                << quint32(seed) << scale << Channel::Broker << false;
         }
-        // A peer without stamps converges only where nothing is reordered.
+        // Between peers that all lack stamps, only where nothing is reordered.
         for (int seed = 1; seed <= 4; ++seed)
             QTest::addRow("peer without stamps, seed %d", seed)
-                << quint32(seed) << 1.0 << false << true;
+                << quint32(seed) << 1.0 << Channel::AtOnce << true;
     }
     void randomSessionsConverge()
     {
         QFETCH(quint32, seed);
         QFETCH(double, scale);
-        QFETCH(bool, reordering);
+        QFETCH(Channel, channel);
         QFETCH(bool, legacyPeer);
         DoodleScreen::setScaleOverride(scale);
         QRandomGenerator random(seed);
@@ -337,9 +442,9 @@ private slots:
                               : 60;
         for (int i = 0; i < steps; ++i)
             ops << randomOp(random, legacyPeer);
-        const QString problem = failure(ops, reordering);
+        const QString problem = failure(ops, channel, seed);
         if (!problem.isEmpty()) {
-            for (const Op &op : shrunk(ops, reordering))
+            for (const Op &op : shrunk(ops, channel, seed))
                 qWarning().noquote() << describe(op);
         }
         QVERIFY2(problem.isEmpty(), qPrintable(problem));

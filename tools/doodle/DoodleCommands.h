@@ -17,9 +17,11 @@ int doodleInspect(const QStringList &arguments);
 // replays a session on a board of that size and writes its picture. Needs a
 // QApplication (any platform, offscreen included).
 int doodleRender(const QStringList &arguments);
-// doodle join --broker HOST:PORT --call NAME --user ID [--size WxH] [--scale S]
+// doodle join --broker HOST:PORT[,HOST:PORT...] --call NAME --user ID [--size WxH] [--scale S]
+// [--username NAME] [--password-file FILE] [--cafile FILE [--cert FILE --key FILE]]
 // [--play FILE [--interval MS]] [--snapshot OUT.png --quit-after-idle SECONDS]:
-// takes part in a call through an MQTT broker, in a window or headless.
+// takes part in a call through an MQTT broker (or the next of several), in a
+// window or headless.
 int doodleJoin(const QStringList &arguments);
 
 // Set on the application when a command that opens a window runs without a display.

@@ -45,10 +45,12 @@ constexpr qint64 kLostBrokerMs = 10000; // headless: give up after this long wit
 
 struct JoinOptions
 {
-    QString host;
-    quint16 port = 1883;
+    QList<DoodleCallBroker> brokers;
     QString call;
     QString user;
+    QString username;
+    QString password;
+    DoodleCallTls tls;
     DoodleBoardOptions board{QSize(390, 560)};
     bool scaleSet = false;
     QString play;
@@ -59,12 +61,36 @@ struct JoinOptions
 
 bool parseBroker(const QString &text, JoinOptions *options)
 {
-    const qsizetype colon = text.lastIndexOf(QLatin1Char(':'));
-    options->host = colon < 0 ? text : text.left(colon);
-    bool ok = true;
-    const uint port = colon < 0 ? 1883 : text.mid(colon + 1).toUInt(&ok);
-    options->port = quint16(port);
-    return ok && !options->host.isEmpty() && port > 0 && port <= 65535;
+    options->brokers = DoodleCall::parseBrokers(text);
+    return !options->brokers.isEmpty();
+}
+
+// The login and TLS: the password from a file or the environment, never from
+// the command line, where every user of the machine can read it.
+QString readSecurity(const QCommandLineParser &parser, JoinOptions *options)
+{
+    options->username = parser.isSet("username") ? parser.value("username") : options->user;
+    options->password = qEnvironmentVariable("DOODLE_PASSWORD");
+    if (parser.isSet("password-file")) {
+        QFile file(parser.value("password-file"));
+        if (!file.open(QIODevice::ReadOnly))
+            return QStringLiteral("cannot read the password file %1").arg(file.fileName());
+        // The first line, without its line break.
+        options->password = QString::fromUtf8(file.readLine());
+        while (options->password.endsWith(QLatin1Char('\n')) ||
+               options->password.endsWith(QLatin1Char('\r')))
+            options->password.chop(1);
+    }
+    // No password, no login name either: anonymous, which a broker that
+    // knows no such user (RabbitMQ) would otherwise refuse.
+    if (options->password.isEmpty() && !parser.isSet("username"))
+        options->username.clear();
+    options->tls.caFile = parser.value("cafile");
+    options->tls.certFile = parser.value("cert");
+    options->tls.keyFile = parser.value("key");
+    if (options->tls.caFile.isEmpty() && (parser.isSet("cert") || parser.isSet("key")))
+        return QStringLiteral("--cert and --key go with --cafile");
+    return QString();
 }
 
 QString readNumbers(const QCommandLineParser &parser, JoinOptions *options)
@@ -117,9 +143,14 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
 {
     QCommandLineParser parser;
     parser.addOptions(
-        {{"broker", "the MQTT broker", "HOST:PORT"},
+        {{"broker", "the MQTT broker, or brokers to fail over to", "HOST:PORT[,HOST:PORT...]"},
          {"call", "the call's name", "NAME"},
          {"user", "this participant's id", "ID"},
+         {"username", "the broker login (default: the id)", "NAME"},
+         {"password-file", "the login's password (or DOODLE_PASSWORD)", "FILE"},
+         {"cafile", "TLS: the CA the broker's certificate must verify against", "FILE"},
+         {"cert", "TLS: this participant's certificate", "FILE"},
+         {"key", "TLS: the key of --cert", "FILE"},
          {"play", "a session to draw as this participant's own", "FILE"},
          {"interval", "milliseconds between played actions", "MS"},
          {"snapshot", "headless: write the agreed picture and exit", "OUT.png"},
@@ -131,10 +162,15 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
     if (!missing.isNull())
         return missing;
     if (!parseBroker(parser.value("broker"), options))
-        return DoodleTool::tr("--broker takes HOST:PORT, such as 127.0.0.1:1883, not '%1'")
+        return DoodleTool::tr("--broker takes HOST:PORT[,HOST:PORT...], such as 127.0.0.1:1883, "
+                              "not '%1'")
             .arg(parser.value("broker"));
     options->call = parser.value("call");
     options->user = parser.value("user");
+    if (!DoodleCall::isValidName(options->call) || !DoodleCall::isValidName(options->user))
+        return DoodleTool::tr("--call and --user take names without '/', '+' or '#'");
+    if (const QString problem = readSecurity(parser, options); !problem.isNull())
+        return problem;
     options->play = parser.value("play");
     options->snapshot = parser.value("snapshot");
     options->scaleSet = parser.isSet("scale");
@@ -186,6 +222,19 @@ QString probeBroker(const QString &host, quint16 port)
     return DoodleTool::tr("cannot reach the broker at %1:%2 (%3)").arg(host).arg(port).arg(reason);
 }
 
+// A null string when one of the brokers answers; else what each one said.
+QString probeBrokers(const QList<DoodleCallBroker> &brokers)
+{
+    QStringList problems;
+    for (const DoodleCallBroker &broker : brokers) {
+        const QString problem = probeBroker(broker.host, broker.port);
+        if (problem.isNull())
+            return QString();
+        problems << problem;
+    }
+    return problems.join(QStringLiteral("; "));
+}
+
 // The tool's own choice for the tool bar's close button: leave the call and
 // quit (a host that embeds the board keeps it open and shows it again).
 class JoinCall : public DoodleCall
@@ -231,7 +280,9 @@ public:
 
     bool start()
     {
-        if (m_call.join(m_options.host, m_options.port, kConnectTimeoutMs))
+        m_call.setLogin(m_options.username, m_options.password);
+        m_call.setTls(m_options.tls);
+        if (m_call.join(m_options.brokers, kConnectTimeoutMs))
             return true;
         QTextStream(stderr) << "doodle join: " << m_call.errorString() << '\n';
         return false;
@@ -240,10 +291,8 @@ public:
 private:
     void onConnected()
     {
-        say(QStringLiteral("connected to %1:%2, call %3 as %4")
-                .arg(m_options.host)
-                .arg(m_options.port)
-                .arg(m_options.call, m_options.user));
+        say(QStringLiteral("connected to %1, call %2 as %3")
+                .arg(m_call.brokerAddress(), m_options.call, m_options.user));
         m_player.start();
         if (!m_options.snapshot.isEmpty())
             m_check.start();
@@ -264,8 +313,8 @@ private:
     void check()
     {
         if (m_lost.isValid() && m_lost.elapsed() > kLostBrokerMs) {
-            QTextStream(stderr) << "doodle join: lost the broker at " << m_options.host << ':'
-                                << m_options.port << " for " << kLostBrokerMs / 1000 << " s\n";
+            QTextStream(stderr) << "doodle join: lost the broker at " << m_call.brokerAddress()
+                                << " for " << kLostBrokerMs / 1000 << " s\n";
             QCoreApplication::exit(1);
             return;
         }
@@ -300,7 +349,7 @@ class JoinWindow : public QWidget
 {
 public:
     JoinWindow(const JoinOptions &options, DoodleLayout &board, DoodleCall &call)
-        : m_options(options), m_board(board)
+        : m_options(options), m_board(board), m_call(call)
     {
         setWindowTitle(QStringLiteral("doodle: %1 (%2)").arg(options.call, options.user));
         auto *bar = new QVBoxLayout;
@@ -321,9 +370,11 @@ public:
         resize(options.board.size + QSize(0, bar->sizeHint().height()));
         board.view()->setEnabled(false);
         board.setPictureSink([this](const QImage &picture) { savePicture(picture); });
-        m_state->setText(DoodleTool::tr("Joining call %1 as %2 at %3:%4…")
-                             .arg(options.call, options.user, options.host)
-                             .arg(options.port));
+        QStringList brokers;
+        for (const DoodleCallBroker &broker : options.brokers)
+            brokers << QStringLiteral("%1:%2").arg(broker.host).arg(broker.port);
+        m_state->setText(DoodleTool::tr("Joining call %1 as %2 at %3…")
+                             .arg(options.call, options.user, brokers.join(QStringLiteral(", "))));
         connect(&call, &DoodleCall::connected, this, &JoinWindow::showConnected);
         connect(&call, &DoodleCall::reconnected, this, &JoinWindow::showConnected);
         connect(&call, &DoodleCall::disconnected, this, &JoinWindow::showReconnecting);
@@ -342,9 +393,8 @@ private:
     {
         m_ticker.stop();
         m_board.view()->setEnabled(true);
-        m_state->setText(DoodleTool::tr("In call %1 as %2, connected to %3:%4")
-                             .arg(m_options.call, m_options.user, m_options.host)
-                             .arg(m_options.port));
+        m_state->setText(DoodleTool::tr("In call %1 as %2, connected to %3")
+                             .arg(m_options.call, m_options.user, m_call.brokerAddress()));
     }
 
     void showReconnecting(const QString &reason)
@@ -358,9 +408,8 @@ private:
     // Drawing goes on while the broker is away; it reaches the others later.
     void tick()
     {
-        m_state->setText(DoodleTool::tr("Reconnecting to %1:%2 for %3 s (%4)")
-                             .arg(m_options.host)
-                             .arg(m_options.port)
+        m_state->setText(DoodleTool::tr("Reconnecting to %1 for %2 s (%3)")
+                             .arg(m_call.brokerAddress())
                              .arg(m_since.elapsed() / 1000)
                              .arg(m_reason));
     }
@@ -400,6 +449,7 @@ private:
 
     const JoinOptions &m_options;
     DoodleLayout &m_board;
+    DoodleCall &m_call;
     QLabel *m_state = new QLabel;
     QLabel *m_note = new QLabel;
     QTimer m_ticker;
@@ -432,7 +482,7 @@ int doodleJoin(const QStringList &arguments)
     QList<DoodleActionPtr> session;
     if (!options.play.isEmpty() && !readSession(options.play, &session))
         return 2;
-    const QString unreachable = probeBroker(options.host, options.port);
+    const QString unreachable = probeBrokers(options.brokers);
     if (!unreachable.isNull()) {
         QTextStream(stderr) << "doodle join: " << unreachable << '\n';
         return 1;

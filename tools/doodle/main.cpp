@@ -33,7 +33,8 @@ const Command commands[] = {
      "                  at most 16384 pixels a side (doodle render --help)",
      &doodleRender, Gui::Offscreen},
     {"join",
-     "join --broker HOST:PORT --call NAME --user ID [--size WxH] [--scale S]\n"
+     "join --broker HOST:PORT[,HOST:PORT...] --call NAME --user ID [--size WxH] [--scale S]\n"
+     "                  [--username NAME] [--password-file FILE] [--cafile F [--cert F --key F]]\n"
      "                  [--play FILE [--interval MS]] [--snapshot OUT.png [--quit-after-idle S]]\n"
      "                  take part in a call through an MQTT broker, in a window or headless",
      &doodleJoin, Gui::Screen},

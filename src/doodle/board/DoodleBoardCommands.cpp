@@ -45,6 +45,9 @@ void DoodleBoardCore::receiveAction(const DoodleActionPtr &action, const QString
 
 void DoodleBoardCore::receiveFrom(const QString &userId, const DoodleActionPtr &action)
 {
+    // The channel's order counts what this board then drops, as every board does.
+    if (action)
+        noteChannelOrder(*action, userId);
     if (action && !m_muted.contains(userId) && withinLimits(userId, *action))
         receiveAction(action, userId);
 }

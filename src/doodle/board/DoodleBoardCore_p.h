@@ -60,6 +60,23 @@ struct DoodleStamp
 };
 size_t qHash(const DoodleStamp &stamp, size_t seed = 0);
 
+// Where a drawing without a stamp came in a channel's shared order: the
+// `rank`-th such drawing after the stamped drawing or clear `after` (clock 0:
+// none). It names the drawing, and orders it, alike on every board.
+struct DoodleAnchor
+{
+    DoodleStamp after;
+    quint64 rank = 0;
+    friend bool operator<(const DoodleAnchor &a, const DoodleAnchor &b)
+    {
+        return a.after == b.after ? a.rank < b.rank : a.after < b.after;
+    }
+    friend bool operator==(const DoodleAnchor &a, const DoodleAnchor &b)
+    {
+        return a.after == b.after && a.rank == b.rank;
+    }
+};
+
 // Changes to the cache made together (a merged state, a participant's drawings
 // taken away) are drawn once at the end: the region they cover, or the whole
 // board past a number of changes.
@@ -113,8 +130,11 @@ public:
     void observeClock(quint64 clock);
     quint64 nextStamp();
     static quint64 entryHash(const QString &owner, const DoodleAction &action);
+    static quint64 anchoredHash(quint64 content, const DoodleAnchor &anchor);
+    static std::optional<DoodleAnchor> anchorOf(const DoodleCacheEntry &entry);
     void recomputeFingerprint();
-    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner);
+    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner,
+                     const std::optional<DoodleAnchor> &anchor = std::nullopt);
     qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
     bool receiveDrawing(const DoodleActionPtr &action, const QString &owner);
     void placeEntry(qsizetype index);
@@ -133,6 +153,16 @@ public:
     void mergeUndone(const QJsonArray &undone);
     void mergeActions(const QJsonArray &actions, bool takeUnstamped);
     qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
+    // The shared order of a channel: where a drawing anchored there goes, the
+    // anchor a received action sets, and a better anchor a state brings.
+    qsizetype anchoredIndex(const DoodleAnchor &anchor, bool *present) const;
+    void noteChannelOrder(const DoodleAction &action, const QString &sender);
+    // This user's own action as the channel echoed it back, in its shared order.
+    void noteEcho(const QString &text);
+    void mergeAnchored(const QString &owner, const DoodleActionPtr &action,
+                       const DoodleAnchor &anchor);
+    qsizetype earlierCopy(const QString &owner, const DoodleAction &action,
+                          const DoodleAnchor &anchor) const;
     void forgetOrder();
     // The state a board hands to another, and what it takes from one.
     QString exportState() const;
@@ -219,6 +249,10 @@ public:
     QSet<QString> m_muted;
     quint64 m_fingerprint = 0;
     qsizetype m_unstampedCount = 0; // cached drawings without a stamp
+    bool m_sharedOrder = false;
+    DoodleStamp m_channelAnchor; // the last stamped drawing or clear the channel brought
+    quint64 m_channelRank = 0;   // drawings without a stamp it brought since
+    DoodleAnchor m_received;     // the place of the one being received
     std::optional<DoodleBatch> m_batch;
     // The gesture under way, in the board's coordinates.
     QPointF m_strokeEnd; // where the last previewed segment of the stroke ended

@@ -105,13 +105,29 @@ QJsonArray stampJson(const DoodleStamp &stamp)
     return QJsonArray{qint64(stamp.clock), stamp.sender};
 }
 
-std::optional<DoodleStamp> stampFrom(const QJsonValue &value)
+std::optional<DoodleStamp> stampFrom(const QJsonValue &value, qint64 least = 1)
 {
     const QJsonArray array = value.toArray();
     const qint64 clock = array.at(0).toInteger(-1);
-    if (array.size() != 2 || clock <= 0 || !array.at(1).isString())
+    if (array.size() != 2 || clock < least || !array.at(1).isString())
         return std::nullopt;
     return DoodleStamp{quint64(clock), array.at(1).toString()};
+}
+
+// [clock, sender, rank]; the clock 0 for none.
+std::optional<DoodleAnchor> anchorFrom(const QJsonValue &value)
+{
+    const QJsonArray array = value.toArray();
+    const auto after = stampFrom(QJsonArray{array.at(0), array.at(1)}, 0);
+    const qint64 rank = array.at(2).toInteger(-1);
+    if (array.size() != 3 || !after || rank < 0)
+        return std::nullopt;
+    return DoodleAnchor{*after, quint64(rank)};
+}
+
+QJsonArray anchorJson(const DoodleAnchor &anchor)
+{
+    return QJsonArray{qint64(anchor.after.clock), anchor.after.sender, qint64(anchor.rank)};
 }
 
 } // namespace
@@ -149,6 +165,26 @@ quint64 DoodleBoardCore::entryHash(const QString &owner, const DoodleAction &act
     return hash.value();
 }
 
+// A drawing without a stamp anchored in a shared order counts by its place too:
+// boards that hold it in different places differ.
+quint64 DoodleBoardCore::anchoredHash(quint64 content, const DoodleAnchor &anchor)
+{
+    Fnv1a hash;
+    hash.add(quint64('a'));
+    hash.add(content);
+    hash.add(anchor.after.clock);
+    hash.add(anchor.after.sender);
+    hash.add(anchor.rank);
+    return hash.value();
+}
+
+std::optional<DoodleAnchor> DoodleBoardCore::anchorOf(const DoodleCacheEntry &entry)
+{
+    if (!entry.anchored)
+        return std::nullopt;
+    return DoodleAnchor{DoodleStamp{entry.anchorClock, entry.anchorSender}, entry.anchorRank};
+}
+
 // Each entry's hash was taken once, when it was added. The fingerprint is
 // their sum: two equal copies of a drawing without a stamp count twice, where
 // they would cancel out in an exclusive or.
@@ -164,10 +200,14 @@ void DoodleBoardCore::recomputeFingerprint()
 }
 
 void DoodleBoardCore::insertEntry(qsizetype index, const DoodleActionPtr &action,
-                                  const QString &owner)
+                                  const QString &owner, const std::optional<DoodleAnchor> &anchor)
 {
-    const quint64 hash = entryHash(owner, *action);
+    quint64 hash = entryHash(owner, *action);
     m_doodlePathCache.insertAction(index, action, owner);
+    if (anchor) {
+        hash = anchoredHash(hash, *anchor);
+        m_doodlePathCache.setAnchor(index, anchor->after.clock, anchor->after.sender, anchor->rank);
+    }
     m_doodlePathCache.setHash(index, hash);
     m_fingerprint += hash;
     m_unstampedCount += action->seqNo() == 0 ? 1 : 0;
@@ -178,9 +218,10 @@ void DoodleBoardCore::insertEntry(qsizetype index, const DoodleActionPtr &action
 }
 
 // Where a stamped drawing goes: after every entry ordered before it. Entries
-// from peers without stamps stay where they arrived, so nothing goes before
-// them; with such entries on the board the stamped ones are not all in order,
-// and a copy is looked for through the whole cache.
+// from peers without stamps follow their anchor; unanchored ones stay where
+// they arrived, so nothing goes before them. With such entries on the board
+// the stamped ones may not all be in order, and a copy is looked for through
+// the whole cache.
 qsizetype DoodleBoardCore::insertionIndex(const DoodleStamp &stamp, bool *duplicate) const
 {
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
@@ -194,7 +235,8 @@ qsizetype DoodleBoardCore::insertionIndex(const DoodleStamp &stamp, bool *duplic
             *duplicate = true;
             return i;
         }
-        placed = placed || !stamped || other < stamp;
+        const std::optional<DoodleAnchor> anchor = anchorOf(entries.at(i));
+        placed = placed || (stamped ? other < stamp : !anchor || anchor->after < stamp);
         if (!placed)
             index = i;
         else if (m_unstampedCount == 0)
@@ -206,7 +248,16 @@ qsizetype DoodleBoardCore::insertionIndex(const DoodleStamp &stamp, bool *duplic
 bool DoodleBoardCore::receiveDrawing(const DoodleActionPtr &action, const QString &owner)
 {
     qsizetype index = m_doodlePathCache.size();
-    if (const quint64 clock = action->seqNo()) {
+    std::optional<DoodleAnchor> anchor;
+    if (action->seqNo() == 0 && m_sharedOrder) {
+        // Ordered before the last clear (as it was where the clear came after
+        // it), or known already from a state: nothing to do.
+        bool present = false;
+        anchor = m_received;
+        index = anchoredIndex(*anchor, &present);
+        if (present || (m_lastClear && anchor->after < *m_lastClear))
+            return false;
+    } else if (const quint64 clock = action->seqNo()) {
         observeClock(clock);
         const DoodleStamp stamp{clock, owner};
         // Ordered before the last clear, taken back already, or known: nothing to do.
@@ -214,10 +265,16 @@ bool DoodleBoardCore::receiveDrawing(const DoodleActionPtr &action, const QStrin
             return false;
         bool duplicate = false;
         index = insertionIndex(stamp, &duplicate);
-        if (duplicate)
+        // Two drawings under one stamp come only from a peer that misbehaves:
+        // every board keeps the one with the smaller hash, so boards agree.
+        if (duplicate && entryHash(owner, *action) >= m_doodlePathCache.entries().at(index).hash)
             return false;
+        if (duplicate) {
+            removeEntry(index);
+            m_undone.remove(stamp); // replaced, not taken back
+        }
     }
-    insertEntry(index, action, owner);
+    insertEntry(index, action, owner, anchor);
     if (!m_batch && m_canvas->isShown())
         placeEntry(index);
     return true;
@@ -363,10 +420,14 @@ bool DoodleBoardCore::applyClear(const DoodleStamp &stamp)
     if (m_lastClear && !(*m_lastClear < stamp))
         return false;
     m_lastClear = stamp;
-    // Everything ordered before the clear goes, and drawings from peers without stamps.
+    // Everything ordered before the clear goes, and unanchored drawings from
+    // peers without stamps.
     const qsizetype removed =
         m_doodlePathCache.removeEntriesIf([&stamp](const DoodleCacheEntry &entry) {
-            return entry.action->seqNo() == 0 || stampOf(entry) < stamp;
+            if (entry.action->seqNo() != 0)
+                return stampOf(entry) < stamp;
+            const std::optional<DoodleAnchor> anchor = anchorOf(entry);
+            return !anchor || anchor->after < stamp;
         });
     m_undone.removeIf([&stamp](const DoodleStamp &s) { return s < stamp; });
     recomputeFingerprint();
@@ -398,7 +459,10 @@ QString DoodleBoardCore::exportState() const
                       static_cast<long long>(i + 1));
             break;
         }
-        actions.prepend(QJsonArray{entries.at(i).owner, text});
+        QJsonArray pair{entries.at(i).owner, text};
+        if (const auto anchor = DoodleBoardCore::anchorOf(entries.at(i)))
+            pair.append(anchorJson(*anchor));
+        actions.prepend(pair);
     }
     QJsonArray undone;
     for (const DoodleStamp &stamp : std::as_const(m_undone))
@@ -460,7 +524,7 @@ void DoodleBoardCore::mergeActions(const QJsonArray &actions, bool takeUnstamped
     QHash<quint64, qsizetype> held;
     for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
         if (entry.action->seqNo() == 0)
-            ++held[entry.hash];
+            ++held[entryHash(entry.owner, *entry.action)];
     }
     std::optional<DoodleStamp> previous; // the last stamped drawing met in the state
     for (const QJsonValue &value : actions) {
@@ -476,12 +540,100 @@ void DoodleBoardCore::mergeActions(const QJsonArray &actions, bool takeUnstamped
                 receiveDrawing(action, owner);
             continue;
         }
+        if (const auto anchor = anchorFrom(pair.at(2))) {
+            mergeAnchored(owner, action, *anchor);
+            continue;
+        }
         qsizetype &copies = held[entryHash(owner, *action)];
         if (copies > 0)
             --copies;
         else if (takeUnstamped && withinLimits(owner, *action))
             insertEntry(unstampedIndex(previous), action, owner);
     }
+}
+
+// A drawing of the shared order is known by its place there. A copy this board
+// holds at an earlier place (it joined late, or was away, and could not know
+// what came before) moves to the later one: boards that compare states end
+// with one place.
+void DoodleBoardCore::mergeAnchored(const QString &owner, const DoodleActionPtr &action,
+                                    const DoodleAnchor &anchor)
+{
+    bool present = false;
+    anchoredIndex(anchor, &present);
+    if (present || (m_lastClear && anchor.after < *m_lastClear))
+        return;
+    const qsizetype earlier = earlierCopy(owner, *action, anchor);
+    if (earlier >= 0)
+        removeEntry(earlier);
+    else if (!withinLimits(owner, *action))
+        return;
+    insertEntry(anchoredIndex(anchor, &present), action, owner, anchor);
+}
+
+qsizetype DoodleBoardCore::earlierCopy(const QString &owner, const DoodleAction &action,
+                                       const DoodleAnchor &anchor) const
+{
+    const quint64 content = entryHash(owner, action);
+    const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        const DoodleCacheEntry &entry = entries.at(i);
+        const std::optional<DoodleAnchor> held = anchorOf(entry);
+        if (entry.action->seqNo() == 0 && entry.owner == owner && (!held || *held < anchor) &&
+            entryHash(owner, *entry.action) == content)
+            return i;
+    }
+    return -1;
+}
+
+// Where a drawing anchored in the shared order goes: after every stamped entry
+// up to its anchor, every anchored one before it, and unanchored ones, which
+// stay where they arrived. `present`: one is there already.
+qsizetype DoodleBoardCore::anchoredIndex(const DoodleAnchor &anchor, bool *present) const
+{
+    const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
+    qsizetype index = entries.size();
+    *present = false;
+    for (; index > 0; --index) {
+        const DoodleCacheEntry &entry = entries.at(index - 1);
+        const std::optional<DoodleAnchor> other =
+            entry.action->seqNo() != 0 ? DoodleAnchor{stampOf(entry), 0} : anchorOf(entry);
+        *present = other && entry.action->seqNo() == 0 && *other == anchor;
+        if (*present)
+            return index - 1;
+        // A stamped entry goes before the drawings anchored to it.
+        if (!other ||
+            (entry.action->seqNo() != 0 ? !(anchor.after < other->after) : !(anchor < *other)))
+            break;
+    }
+    return index;
+}
+
+// Every board hears the same order: a stamped drawing or clear is the anchor
+// of the drawings without a stamp that follow it, numbered from 0.
+void DoodleBoardCore::noteChannelOrder(const DoodleAction &action, const QString &sender)
+{
+    const qint64 type = action.actionType();
+    const bool drawn = doodleIsDrawnActionType(type);
+    if (!drawn && (type != DoodleActionTypeClean || action.seqNo() == 0))
+        return;
+    if (action.seqNo() == 0) {
+        m_received = DoodleAnchor{m_channelAnchor, m_channelRank++};
+        return;
+    }
+    const DoodleStamp stamp{action.seqNo(), sender};
+    if (stamp == m_channelAnchor) // a copy sent again
+        return;
+    m_channelAnchor = stamp;
+    m_channelRank = 0;
+}
+
+void DoodleBoardCore::noteEcho(const QString &text)
+{
+    if (!textWithinLimit(m_userId, text))
+        return;
+    if (const DoodleActionPtr action = DoodleTranslate::doodleActionFromString(text))
+        noteChannelOrder(*action, m_userId);
 }
 
 // A drawing without a stamp has nothing to order it by. Merged, it goes right
@@ -526,4 +678,6 @@ void DoodleBoardCore::forgetOrder()
     // The clock keeps counting: stamps this board sends never repeat.
     m_lastClear.reset();
     m_undone.clear();
+    m_channelAnchor = DoodleStamp();
+    m_channelRank = 0;
 }

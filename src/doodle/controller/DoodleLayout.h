@@ -186,6 +186,16 @@ public:
     // every change.
     quint64 fingerprint() const;
 
+    // For a channel that hands every board every action in one shared order,
+    // the board's own among them (one MQTT broker): a drawing without a stamp
+    // is then placed right after the stamped drawing or clear that came before
+    // it there, the same on every board, late joiners included (states carry
+    // that place). The host hands the board its own texts as they come back
+    // through the channel to onDoodleTextEchoed().
+    void setSharedOrder(bool shared);
+    bool hasSharedOrder() const;
+    void onDoodleTextEchoed(const QString &text);
+
     // Moderation, on this board only: a muted sender's actions are dropped;
     // removeDrawingsOf takes back every drawing of one sender in one redraw.
     void setMuted(const QString &userId, bool muted);

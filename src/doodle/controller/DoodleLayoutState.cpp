@@ -45,3 +45,18 @@ void DoodleLayout::removeDrawingsOf(const QString &userId)
 {
     d->removeDrawingsOf(userId);
 }
+
+void DoodleLayout::setSharedOrder(bool shared)
+{
+    d->m_sharedOrder = shared;
+}
+
+bool DoodleLayout::hasSharedOrder() const
+{
+    return d->m_sharedOrder;
+}
+
+void DoodleLayout::onDoodleTextEchoed(const QString &text)
+{
+    d->noteEcho(text);
+}

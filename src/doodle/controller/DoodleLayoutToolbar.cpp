@@ -92,7 +92,7 @@ void fitPicker(ZQDoodleButtonView *view, const QWidget *bar, const QWidget *tool
 }
 
 // The last button of `type` on the bar, or none.
-ZQDoodleButton *anchorOf(ZQDoodleToolbar *bar, qint64 type)
+ZQDoodleButton *anchorButton(ZQDoodleToolbar *bar, qint64 type)
 {
     ZQDoodleButton *anchor = nullptr;
     for (ZQDoodleButton *button : bar->buttons())
@@ -381,7 +381,7 @@ void DoodleLayoutPrivate::openPicker(const DoodlePicker &picker)
     view->show();
     view->raise();
     this->*picker.field = view;
-    linkPickerKeys(this, picker, view, anchorOf(bar, picker.anchorType));
+    linkPickerKeys(this, picker, view, anchorButton(bar, picker.anchorType));
 }
 
 void DoodleLayoutPrivate::closePicker(const DoodlePicker &picker)

@@ -10,7 +10,10 @@ void DoodlePathCache::addAction(const DoodleActionPtr &action, const QString &ow
 {
     if (!action)
         return;
-    m_entries.append(DoodleCacheEntry{action, owner, QRectF(), 0});
+    DoodleCacheEntry entry;
+    entry.action = action;
+    entry.owner = owner;
+    m_entries.append(entry);
     count(m_entries.last(), 1);
 }
 
@@ -19,7 +22,10 @@ void DoodlePathCache::insertAction(qsizetype index, const DoodleActionPtr &actio
 {
     if (!action || index < 0 || index > m_entries.size())
         return;
-    m_entries.insert(index, DoodleCacheEntry{action, owner, QRectF(), 0});
+    DoodleCacheEntry entry;
+    entry.action = action;
+    entry.owner = owner;
+    m_entries.insert(index, entry);
     count(m_entries.at(index), 1);
 }
 
@@ -84,6 +90,16 @@ void DoodlePathCache::setHash(qsizetype index, quint64 hash)
 {
     if (index >= 0 && index < m_entries.size())
         m_entries[index].hash = hash;
+}
+
+void DoodlePathCache::setAnchor(qsizetype index, quint64 clock, const QString &sender, quint64 rank)
+{
+    if (index < 0 || index >= m_entries.size())
+        return;
+    m_entries[index].anchored = true;
+    m_entries[index].anchorClock = clock;
+    m_entries[index].anchorSender = sender;
+    m_entries[index].anchorRank = rank;
 }
 
 bool DoodlePathCache::containsPathWithUserId(const QString &userId, quint64 pageNumber) const

@@ -13,13 +13,21 @@
 // One cached drawing: the action, the participant it belongs to (the sender
 // the host named, not a name written inside the action), the rectangle of
 // the board it last changed, in view points (empty until drawn), and its share
-// of the board's fingerprint (set by the board when it adds the entry).
+// of the board's fingerprint (set by the board when it adds the entry). A
+// drawing without a stamp that came through a channel with one shared order
+// is anchored: it is the anchorRank-th such drawing after the stamped action
+// (anchorClock 0: none) that came before it there, which places it alike on
+// every board.
 struct DoodleCacheEntry
 {
     DoodleActionPtr action;
     QString owner;
     QRectF drawnRect;
     quint64 hash = 0;
+    bool anchored = false;
+    quint64 anchorClock = 0;
+    QString anchorSender;
+    quint64 anchorRank = 0;
 };
 
 // Every drawn action on the board, oldest first, held by shared reference.
@@ -51,6 +59,7 @@ public:
     qsizetype size() const { return m_entries.size(); }
     void setDrawnRect(qsizetype index, const QRectF &rect);
     void setHash(qsizetype index, quint64 hash);
+    void setAnchor(qsizetype index, quint64 clock, const QString &sender, quint64 rank);
     // How many drawings, and how many stroke points in them, `owner` has cached.
     qsizetype actionsOwnedBy(const QString &owner) const;
     qsizetype pointsOwnedBy(const QString &owner) const;

@@ -3,6 +3,7 @@
 #include <doodle/call/DoodleCallExport.h>
 #include <doodle/controller/DoodleLayoutDelegate.h>
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -12,6 +13,25 @@
 class DoodleCallPrivate;
 class DoodleLayout;
 
+// One broker address of a call.
+struct DoodleCallBroker
+{
+    QString host;
+    quint16 port = 1883;
+};
+
+// TLS towards the broker: on when caFile is set. The broker's certificate must
+// verify against caFile and, unless verifyServerName is off, name the host
+// joined. certFile and keyFile (PEM, the key not encrypted) are the
+// participant's own certificate, for brokers that ask for one.
+struct DoodleCallTls
+{
+    QString caFile;
+    QString certFile;
+    QString keyFile;
+    bool verifyServerName = true;
+};
+
 // Takes one board into a call through an MQTT broker. Each participant
 // publishes its action texts, exactly as the text form writes them, on
 // "doodle/CALL/USER" and hears the others on "doodle/CALL/+": the topic's last
@@ -19,6 +39,11 @@ class DoodleLayout;
 // "doodle/CALL/USER/sync": a joiner asks for the board, participants announce
 // their fingerprint when it changes and after a reconnection, and boards whose
 // fingerprints differ exchange their states. Every message is QoS 1.
+// Through one broker every board hears the messages in one order, its own
+// among them: the call hands the board its own echoes, so that drawings of
+// peers without stamps are placed by that order (DoodleLayout::setSharedOrder).
+// Identity is the broker's: it authenticates the login and its ACL lets each
+// user publish only under its own topic level.
 //
 // The network runs on its own thread; received texts reach the board on the
 // thread the call lives on (the GUI thread) through queued signals.
@@ -39,16 +64,31 @@ public:
     // '+', '#' or NUL.
     static bool isValidName(const QString &name);
 
-    // Starts joining through the broker at host:port. connected() follows, or
-    // failed() when no connection could be made within `timeoutMs`; after that
-    // the call reconnects by itself whenever the connection drops. False at once,
-    // with errorString(), when the names do not fit in topics or the client
-    // cannot start.
+    // "HOST:PORT[,HOST:PORT...]" (an IPv6 host in brackets; the port defaults
+    // to 1883) as brokers; empty when the text is not such a list.
+    static QList<DoodleCallBroker> parseBrokers(const QString &text);
+
+    // Before join(): the login (an empty username: anonymous) and TLS. The
+    // password is kept only to log in with; it is never logged.
+    void setLogin(const QString &username, const QString &password);
+    void setTls(const DoodleCallTls &tls);
+
+    // Starts joining through the first of `brokers`. connected() follows, or
+    // failed() when no connection could be made within `timeoutMs`. When a
+    // connection cannot be made or drops, the call tries the next broker and
+    // the ones after it, round after round, and catches up once connected. A
+    // refused login or subscription, a certificate that does not verify and a
+    // failed TLS handshake end the call at once with failed(). False at once,
+    // with errorString(), when the names do not fit in topics, the TLS files
+    // cannot be used or the client cannot start.
+    bool join(const QList<DoodleCallBroker> &brokers, int timeoutMs = 5000);
     bool join(const QString &host, quint16 port, int timeoutMs = 5000);
     // Says goodbye, waits up to `timeoutMs` for what is still being sent, and
     // disconnects.
     void leave(int timeoutMs = 1000);
     bool isConnected() const;
+    // "host:port" of the broker of the current (or last) connection.
+    QString brokerAddress() const;
     QString errorString() const;
     QString callName() const;
 
@@ -71,7 +111,8 @@ signals:
     void reconnected();
     // The connection dropped; the call is reconnecting.
     void disconnected(const QString &reason);
-    // The first connection could not be made.
+    // The first connection could not be made, or the broker refused this
+    // participant or failed the TLS checks; the call has left.
     void failed(const QString &reason);
     // An action text from `sender`, once handed to the board (which may
     // still have dropped it: a muted sender, a limit).
