@@ -10,15 +10,19 @@
 //   {"doodle_sync":1,"kind":"fingerprint","fingerprint":HEX}  the board changed, or a reconnection
 //   {"doodle_sync":1,"kind":"state","to":[USER...],"fingerprint":HEX,"state":TEXT[,"reply":true]}
 //   {"doodle_sync":1,"kind":"leave"}                          gone (also the broker's will)
+// With a board shape for the call every message also carries
+//   "aspect":[W,H],"aspect_since":MS,"aspect_from":USER      the shape and its proposal
 // Earlier boards sent the state's text after a line break; it is still read.
 #include "DoodleCall_p.h"
 
 #include <doodle/support/DoodleLog_p.h>
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -39,6 +43,7 @@ QString hexFingerprint(quint64 fingerprint)
 void DoodleCallPrivate::publishSync(QJsonObject header)
 {
     header.insert(QStringLiteral("doodle_sync"), 1);
+    addAspect(header);
     const QByteArray payload = QJsonDocument(header).toJson(QJsonDocument::Compact);
     if (!m_client.publish(syncTopic(), payload))
         qCWarning(lcDoodle, "a catch-up message could not be sent to the call");
@@ -89,6 +94,7 @@ void DoodleCallPrivate::onSync(const QString &sender, const QByteArray &payload)
         return;
     }
     const QString kind = header.value(QStringLiteral("kind")).toString();
+    considerAspect(sender, header);
     if (kind == QLatin1String("leave")) {
         m_peers.remove(sender);
         return;
@@ -176,6 +182,58 @@ void DoodleCallPrivate::poll()
         }
     }
     pushState(behind, false);
+}
+
+void DoodleCall::proposeBoardAspect(const QSizeF &aspect, bool fixed)
+{
+    if (aspect.isEmpty() || !qIsFinite(aspect.width()) || !qIsFinite(aspect.height()))
+        return;
+    d->m_aspect = aspect;
+    d->m_aspectSince = QDateTime::currentMSecsSinceEpoch();
+    d->m_aspectFrom = d->m_user;
+    d->m_aspectFixed = fixed;
+    if (d->m_board)
+        d->m_board->setBoardAspect(aspect);
+}
+
+QSizeF DoodleCall::boardAspect() const
+{
+    return d->m_aspect;
+}
+
+void DoodleCallPrivate::addAspect(QJsonObject &header) const
+{
+    if (m_aspect.isEmpty())
+        return;
+    header.insert(QStringLiteral("aspect"), QJsonArray{m_aspect.width(), m_aspect.height()});
+    header.insert(QStringLiteral("aspect_since"), m_aspectSince);
+    header.insert(QStringLiteral("aspect_from"), m_aspectFrom);
+}
+
+void DoodleCallPrivate::considerAspect(const QString &sender, const QJsonObject &header)
+{
+    const QJsonArray pair = header.value(QStringLiteral("aspect")).toArray();
+    if (m_aspect.isEmpty() || m_aspectFixed || pair.size() != 2)
+        return;
+    const QSizeF aspect(pair.at(0).toDouble(), pair.at(1).toDouble());
+    const qint64 since = header.value(QStringLiteral("aspect_since")).toInteger(-1);
+    const QString from = header.value(QStringLiteral("aspect_from")).toString();
+    if (aspect.isEmpty() || !qIsFinite(aspect.width()) || !qIsFinite(aspect.height()) ||
+        since < 0 || from.isEmpty()) {
+        qCWarning(lcDoodle, "a board shape from %s is not one; ignored", qPrintable(sender));
+        return;
+    }
+    if (std::make_pair(since, from) >= std::make_pair(m_aspectSince, m_aspectFrom))
+        return;
+    DOODLE_LOG(QStringLiteral("call: the board's shape is %1's, %2:%3")
+                   .arg(from)
+                   .arg(aspect.width())
+                   .arg(aspect.height()));
+    m_aspect = aspect;
+    m_aspectSince = since;
+    m_aspectFrom = from;
+    if (m_board)
+        m_board->setBoardAspect(aspect);
 }
 
 QStringList DoodleCall::participants() const

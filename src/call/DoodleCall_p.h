@@ -47,6 +47,9 @@ public:
     void notePeer(const QString &sender, quint64 fingerprint);
     bool answersJoinOf(const QString &joiner) const;
     void poll();
+    // The call's board shape: what this board shows, and who proposed it when.
+    void addAspect(QJsonObject &header) const;
+    void considerAspect(const QString &sender, const QJsonObject &header);
 
     DoodleCall *q;
     QPointer<DoodleLayout> m_board;
@@ -71,4 +74,8 @@ public:
     QElapsedTimer m_stableSince; // since the board's fingerprint last changed
     bool m_hasAnnounced = false;
     quint64 m_announced = 0;
+    QSizeF m_aspect; // empty: the call leaves the board's shape alone
+    qint64 m_aspectSince = 0;
+    QString m_aspectFrom;
+    bool m_aspectFixed = false;
 };

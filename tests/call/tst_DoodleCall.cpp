@@ -436,6 +436,31 @@ private slots:
             QVERIFY2(containsColor(seen, color), qPrintable(color.name()));
     }
 
+    // The call settles on the first participant's board shape; a participant
+    // that asked for its own keeps it.
+    void theCallAgreesOnTheFirstBoardShape()
+    {
+        Broker broker(DOODLE_MOSQUITTO);
+        QVERIFY(broker.start());
+        const QStringList users{"ann", "ben", "cat"};
+        const QList<QSize> sizes{{390, 560}, {800, 600}, {400, 400}};
+        std::vector<std::unique_ptr<DoodleLayout>> boards;
+        std::vector<std::unique_ptr<DoodleCall>> calls;
+        for (int i = 0; i < 3; ++i) {
+            boards.push_back(std::make_unique<DoodleLayout>(users[i]));
+            boards.back()->resetDoodleViewFrame(QRect(QPoint(), sizes[i]));
+            calls.push_back(std::make_unique<DoodleCall>(boards.back().get(), "shape"));
+            calls.back()->proposeBoardAspect(i == 2 ? QSizeF(16, 9) : QSizeF(sizes[i]), i == 2);
+            QVERIFY(calls.back()->join(QStringLiteral("127.0.0.1"), broker.port()));
+            QTRY_VERIFY_WITH_TIMEOUT(calls.back()->isConnected(), 10000);
+            QTest::qWait(20); // later proposals
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(boards[1]->boardAspect(), QSizeF(390, 560), 10000);
+        QCOMPARE(boards[1]->getScaleSize(), QSizeF(418, 600)); // letterboxed in 800 x 600
+        QCOMPARE(boards[0]->boardAspect(), QSizeF(390, 560));
+        QCOMPARE(boards[2]->boardAspect(), QSizeF(16, 9));
+    }
+
     // The tool bar's close button leaves the call (another participant hears
     // the goodbye) and ends the command.
     void theCloseButtonLeavesTheCallAndEnds()

@@ -57,6 +57,7 @@ struct JoinOptions
     int intervalMs = 50;
     QString snapshot;
     double quitAfterIdle = 2;
+    QSizeF aspect; // empty: the call's
 };
 
 bool parseBroker(const QString &text, JoinOptions *options)
@@ -93,6 +94,22 @@ QString readSecurity(const QCommandLineParser &parser, JoinOptions *options)
     return QString();
 }
 
+// W:H, two positive numbers, such as 16:9 or 390:844.
+QString readAspect(const QString &text, JoinOptions *options)
+{
+    const QStringList parts = text.split(QLatin1Char(':'));
+    bool okW = false, okH = false;
+    const double w = parts.value(0).toDouble(&okW);
+    const double h = parts.value(1).toDouble(&okH);
+    const bool fits =
+        parts.size() == 2 && okW && okH && w > 0 && h > 0 && w / h < 1000 && h / w < 1000;
+    if (!fits)
+        return DoodleTool::tr("--aspect takes W:H, two positive numbers such as 16:9, not '%1'")
+            .arg(text);
+    options->aspect = QSizeF(w, h);
+    return QString();
+}
+
 QString readNumbers(const QCommandLineParser &parser, JoinOptions *options)
 {
     bool ok = true;
@@ -108,7 +125,7 @@ QString readNumbers(const QCommandLineParser &parser, JoinOptions *options)
             .arg(parser.value("quit-after-idle"));
     if (parser.isSet("quit-after-idle") && !parser.isSet("snapshot"))
         return DoodleTool::tr("--quit-after-idle goes with --snapshot OUT.png");
-    return QString();
+    return parser.isSet("aspect") ? readAspect(parser.value("aspect"), options) : QString();
 }
 
 // The first of --broker, --call and --user that is missing or, for a name,
@@ -154,7 +171,11 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
          {"play", "a session to draw as this participant's own", "FILE"},
          {"interval", "milliseconds between played actions", "MS"},
          {"snapshot", "headless: write the agreed picture and exit", "OUT.png"},
-         {"quit-after-idle", "seconds without messages before the picture", "SECONDS"}});
+         {"quit-after-idle", "seconds without messages before the picture", "SECONDS"},
+         {"aspect",
+          "the board's shape for this participant (default: the call's, which is "
+          "the first participant's board shape)",
+          "W:H"}});
     addBoardOptions(parser);
     if (!parser.parse(QStringList(QStringLiteral("doodle join")) + arguments))
         return parser.errorText();
@@ -282,6 +303,10 @@ public:
     {
         m_call.setLogin(m_options.username, m_options.password);
         m_call.setTls(m_options.tls);
+        // The call shows one board shape: the first participant's, unless this
+        // participant asked for its own.
+        const bool own = !m_options.aspect.isEmpty();
+        m_call.proposeBoardAspect(own ? m_options.aspect : QSizeF(m_options.board.size), own);
         if (m_call.join(m_options.brokers, kConnectTimeoutMs))
             return true;
         QTextStream(stderr) << "doodle join: " << m_call.errorString() << '\n';

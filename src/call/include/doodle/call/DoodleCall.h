@@ -5,6 +5,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QSizeF>
 #include <QString>
 #include <QStringList>
 
@@ -101,6 +102,16 @@ public:
     // Milliseconds since a message from another participant last arrived (since
     // join() when none did).
     qint64 msecsSinceLastMessage() const;
+
+    // One board shape for the whole call. Before join(), this participant
+    // proposes `aspect` (its board's shape, or one its user asked for) and its
+    // board takes it. Every catch-up message carries the shape the board shows
+    // and since when it was proposed; a board whose shape is not `fixed`
+    // takes the earliest proposal it hears (the smaller user id first on a
+    // tie), so the call settles on the first participant's shape. Without a
+    // proposal the call leaves the board's shape alone.
+    void proposeBoardAspect(const QSizeF &aspect, bool fixed = false);
+    QSizeF boardAspect() const;
 
     // Publishes one local action.
     void sendAction(const DoodleActionPtr &action);
