@@ -185,9 +185,13 @@ QSizeF DoodleBoard::boardAspect() const
 
 void DoodleBoard::setBoardAspect(const QSizeF &aspect)
 {
-    if (d->m_boardAspect == aspect)
+    const QSizeF kept = d->usableAspect(aspect);
+    if (d->m_boardAspect == kept)
         return;
-    d->m_boardAspect = aspect;
+    d->m_boardAspect = kept;
+    // The board takes its new shape and is drawn again from the cache.
+    d->redrawAll();
+    update();
     emit boardAspectChanged();
 }
 
@@ -271,9 +275,17 @@ QImage DoodleBoardPrivate::composed(double scale) const
     if (image.isNull())
         return image;
     image.setDevicePixelRatio(scale);
-    image.fill(m_backgroundColor.isValid() ? m_backgroundColor : QColor(Qt::transparent));
+    image.fill(Qt::transparent);
     QPainter painter(&image);
-    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, QRect(QPoint(), points));
+    // Letterbox margins, tinted so that the board's own shape shows.
+    const QRect board = frame();
+    for (const QRect &margin : QRegion(QRect(QPoint(), points)).subtracted(board))
+        painter.fillRect(margin, QColor(0, 0, 0, 64));
+    painter.translate(board.topLeft());
+    const QRect area(QPoint(), board.size());
+    if (m_backgroundColor.isValid())
+        painter.fillRect(area, m_backgroundColor);
+    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, area);
     return image;
 }
 

@@ -100,5 +100,6 @@ private slots:
 
 private:
     friend class DoodleBoardPrivate;
+    friend class DoodleQuickCanvas;
     std::unique_ptr<DoodleBoardPrivate> d;
 };

@@ -19,8 +19,10 @@ enum class Phase
     Cancelled
 };
 
-void deliver(DoodleBoardPrivate &d, Phase phase, const QPointF &point)
+void deliver(DoodleBoardPrivate &d, Phase phase, const QPointF &itemPoint)
 {
+    // In the board's coordinates: with an aspect the board sits inside margins.
+    const QPointF point = itemPoint - QPointF(d.frame().topLeft());
     const DoodleTouch touch{point, d.m_touching ? d.m_lastPoint : point};
     d.m_lastPoint = point;
     switch (phase) {
@@ -70,7 +72,7 @@ void DoodleBoard::mouseReleaseEvent(QMouseEvent *event)
 void DoodleBoard::mouseUngrabEvent()
 {
     // The grab was taken away (a flick, a popup): the gesture is cancelled.
-    deliver(*d, Phase::Cancelled, d->m_lastPoint);
+    deliver(*d, Phase::Cancelled, d->m_lastPoint + QPointF(d->frame().topLeft()));
 }
 
 void DoodleBoard::touchEvent(QTouchEvent *event)
@@ -92,7 +94,7 @@ void DoodleBoard::touchEvent(QTouchEvent *event)
         deliver(*d, Phase::Ended, point.position());
         break;
     case QEvent::TouchCancel:
-        deliver(*d, Phase::Cancelled, d->m_lastPoint);
+        deliver(*d, Phase::Cancelled, d->m_lastPoint + QPointF(d->frame().topLeft()));
         break;
     default:
         break;

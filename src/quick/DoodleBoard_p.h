@@ -16,7 +16,7 @@ public:
     explicit DoodleQuickCanvas(DoodleBoard *item);
 
     bool isShown() const override { return !boardSize().isEmpty(); }
-    QSizeF boardSize() const override { return m_item->size(); }
+    QSizeF boardSize() const override;
     DoodleSurface &cacheSurface() override { return m_cache; }
     DoodleSurface *previewSurface(quint64 index) override;
     void cleanPreview(quint64 index, bool release) override;
@@ -35,6 +35,7 @@ private:
     DoodleSurface m_cache;
     DoodleSurface m_previews[3]; // previews, the text entry's, a stroke's tail
     QPointer<QQuickItem> m_textInput;
+    quint64 m_textIndex = 0; // the preview the text entry is on
 };
 
 class DoodleBoardPrivate : public DoodleBoardCore
@@ -45,6 +46,8 @@ public:
     void scheduleCommandUpdate() override {}
     void actionGenerated(const DoodleActionPtr &action) override;
     void notifyCleared(const QString &userId) override;
+    // Where the board sits in the item: all of it, or letterboxed to the aspect.
+    QRect frame() const { return letterboxed(m_boardAspect, QRect(QPoint(), q->size().toSize())); }
     // The board's picture at that scale: its background, then the cache and
     // the previews pixel for pixel when the scale is the surfaces' own.
     QImage composed(double scale) const;
@@ -52,7 +55,6 @@ public:
     DoodleBoard *q;
     QColor m_backgroundColor = Qt::white;
     QString m_waterString;
-    QSizeF m_boardAspect;
     bool m_editable = true;
     bool m_touching = false; // a gesture under way
     QPointF m_lastPoint;     // where it was at the previous event

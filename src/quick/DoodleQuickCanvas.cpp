@@ -35,11 +35,16 @@ TextInput {
 
 DoodleQuickCanvas::DoodleQuickCanvas(DoodleBoard *item) : m_item(item)
 {
-    const auto size = [item] { return item->size().toSize(); };
+    const auto size = [this] { return boardSize().toSize(); };
     const auto changed = [item](const QRect &) { item->update(); };
     m_cache.setHost(size, changed);
     for (DoodleSurface &preview : m_previews)
         preview.setHost(size, changed);
+}
+
+QSizeF DoodleQuickCanvas::boardSize() const
+{
+    return QSizeF(m_item->d->frame().size());
 }
 
 DoodleSurface *DoodleQuickCanvas::previewSurface(quint64 index)
@@ -51,7 +56,7 @@ void DoodleQuickCanvas::cleanPreview(quint64 index, bool release)
 {
     if (DoodleSurface *preview = previewSurface(index))
         preview->clear(release);
-    if (index == 1)
+    if (index == m_textIndex)
         closeTextEntry();
 }
 
@@ -84,7 +89,8 @@ void DoodleQuickCanvas::openTextEntry(const QPointF &point, double textSize, con
     }
     const double size = DoodleDrawInput::textSize(textSize, boardSize()).value_or(0.0);
     input->setParentItem(m_item);
-    input->setPosition(QPointF(std::round(point.x()), std::round(point.y())));
+    const QPointF at = QPointF(m_item->d->frame().topLeft()) + point;
+    input->setPosition(QPointF(std::round(at.x()), std::round(at.y())));
     input->setSize(QSizeF(kTextFieldWidth, std::round(size) + kTextFieldExtraHeight));
     input->setProperty("font", DoodleDrawInput::systemFont(size));
     if (color.isValid())
@@ -92,6 +98,7 @@ void DoodleQuickCanvas::openTextEntry(const QPointF &point, double textSize, con
     // The input is made from QML: its signal is known by name only.
     QObject::connect(input, SIGNAL(done(bool)), m_item, SLOT(finishText(bool)));
     m_textInput = input;
+    m_textIndex = index;
     input->forceActiveFocus(Qt::OtherFocusReason);
 }
 

@@ -106,6 +106,7 @@ private slots:
     void sameSessionsSamePixels_data()
     {
         QTest::addColumn<QList<DoodleActionPtr>>("session");
+        QTest::addColumn<QSizeF>("aspect");
         const QString a = QStringLiteral("anna"), b = QStringLiteral("ben");
         const auto line = [](const QString &user, double y, const QColor &color, float width) {
             return strokeAction(user, {{-0.8, y}, {-0.2, y + 0.3}, {0.4, y - 0.2}, {0.9, y}}, color,
@@ -113,30 +114,53 @@ private slots:
         };
         QTest::newRow("strokes and a dot")
             << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.03f), line(b, 0.2, Qt::blue, 0.1f),
-                                      strokeAction(a, {{0.1, 0.1}, {0.1, 0.1}}, Qt::black, 0.05f)};
-        QTest::newRow("shapes") << QList<DoodleActionPtr>{
-            boxAction(DoodleActionTypeRectangle, a, {-0.7, -0.6, 0.8, 0.5}),
-            boxAction(DoodleActionTypeEllipse, b, {-0.2, -0.1, 0.9, 0.8}, Qt::darkCyan),
-            boxAction(DoodleActionTypeArrow, a, {-0.9, 0.8, 1.6, -1.5}, Qt::magenta)};
-        QTest::newRow("eraser over strokes") << QList<DoodleActionPtr>{
-            line(a, -0.2, Qt::red, 0.2f), line(b, 0.3, Qt::blue, 0.1f),
-            strokeAction(b, {{-1, -1}, {0, 0}, {1, 1}}, Qt::black, 0.08f, DoodleActionTypeEraser)};
+                                      strokeAction(a, {{0.1, 0.1}, {0.1, 0.1}}, Qt::black, 0.05f)}
+            << QSizeF();
+        QTest::newRow("shapes") << QList<DoodleActionPtr>{boxAction(DoodleActionTypeRectangle, a,
+                                                                    {-0.7, -0.6, 0.8, 0.5}),
+                                                          boxAction(DoodleActionTypeEllipse, b,
+                                                                    {-0.2, -0.1, 0.9, 0.8},
+                                                                    Qt::darkCyan),
+                                                          boxAction(DoodleActionTypeArrow, a,
+                                                                    {-0.9, 0.8, 1.6, -1.5},
+                                                                    Qt::magenta)}
+                                << QSizeF();
+        QTest::newRow("eraser over strokes")
+            << QList<DoodleActionPtr>{line(a, -0.2, Qt::red, 0.2f), line(b, 0.3, Qt::blue, 0.1f),
+                                      strokeAction(b, {{-1, -1}, {0, 0}, {1, 1}}, Qt::black, 0.08f,
+                                                   DoodleActionTypeEraser)}
+            << QSizeF();
         QTest::newRow("text") << QList<DoodleActionPtr>{textAction(a, {-0.8, -0.3}, "Hello"),
-                                                        line(b, 0.0, Qt::red, 0.02f)};
-        QTest::newRow("undo and clear") << QList<DoodleActionPtr>{
-            line(a, -0.5, Qt::red, 0.05f), line(b, 0.0, Qt::blue, 0.05f),
-            commandAction(DoodleActionTypeUndo, a), commandAction(DoodleActionTypeClean, b),
-            line(a, 0.5, Qt::darkGreen, 0.05f)};
+                                                        line(b, 0.0, Qt::red, 0.02f)}
+                              << QSizeF();
+        QTest::newRow("shapes on a square board")
+            << QList<DoodleActionPtr>{boxAction(DoodleActionTypeEllipse, a, {-0.8, -0.8, 1.6, 1.6}),
+                                      line(b, 0.0, Qt::red, 0.05f)}
+            << QSizeF(1, 1);
+        QTest::newRow("undo and clear")
+            << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.05f), line(b, 0.0, Qt::blue, 0.05f),
+                                      commandAction(DoodleActionTypeUndo, a),
+                                      commandAction(DoodleActionTypeClean, b),
+                                      line(a, 0.5, Qt::darkGreen, 0.05f)}
+            << QSizeF();
     }
 
     void sameSessionsSamePixels()
     {
         QFETCH(QList<DoodleActionPtr>, session);
+        QFETCH(QSizeF, aspect);
         WidgetBoard widget;
         QuickBoard quick;
+        widget.board.setBoardAspect(aspect);
+        quick.board->setBoardAspect(aspect);
         for (const DoodleActionPtr &action : session)
             sendToBoth(widget, quick, action);
-        const QImage w = widget.picture(), q = quick.picture();
+        // The board alone: with an aspect, without its margins.
+        const QRect frame = widget.board.doodleView()->geometry();
+        const double scale = quick.window.effectiveDevicePixelRatio();
+        const QImage w = widget.picture();
+        const QImage q = quick.picture().copy(
+            QRectF(QPointF(frame.topLeft()) * scale, QSizeF(frame.size()) * scale).toAlignedRect());
         QCOMPARE(q.size(), w.size());
         QImage blank(w.size(), QImage::Format_RGB32);
         blank.fill(Qt::white);

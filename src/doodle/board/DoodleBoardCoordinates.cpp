@@ -2,6 +2,10 @@
 // axis, sizes against the width) and the board's ("normal") coordinates.
 #include "DoodleBoardCore_p.h"
 
+#include <doodle/support/DoodleLog_p.h>
+
+#include <cmath>
+
 QPointF DoodleBoardCore::logicFromNormal(const QPointF &point) const
 {
     const QSizeF size = boardSize();
@@ -50,4 +54,27 @@ QPointF DoodleBoardCore::limitTouchPoint(const QPointF &point, const QSizeF &bou
     const float x2 = (width - b) > x1 ? x1 : (width - b);
     const float y2 = (height - b) > y1 ? y1 : (height - b);
     return QPointF(double(x2), double(y2));
+}
+
+QSizeF DoodleBoardCore::usableAspect(const QSizeF &aspect)
+{
+    const bool usable = aspect.isValid() && std::isfinite(aspect.width()) &&
+                        std::isfinite(aspect.height()) && !aspect.isEmpty() &&
+                        aspect.width() / aspect.height() > 1e-3 &&
+                        aspect.height() / aspect.width() > 1e-3;
+    if (!aspect.isEmpty() && !usable)
+        qCWarning(lcDoodle, "board aspect %gx%g ignored: not a usable shape", aspect.width(),
+                  aspect.height());
+    return usable ? aspect : QSizeF();
+}
+
+QRect DoodleBoardCore::letterboxed(const QSizeF &aspect, const QRect &all)
+{
+    if (aspect.isEmpty() || all.isEmpty())
+        return all;
+    // The largest rectangle of the aspect that fits, centred.
+    const QSize fitted = aspect.scaled(QSizeF(all.size()), Qt::KeepAspectRatio).toSize();
+    QRect frame(QPoint(), fitted.boundedTo(all.size()).expandedTo(QSize(1, 1)));
+    frame.moveCenter(all.center());
+    return frame;
 }

@@ -103,6 +103,12 @@ public:
     QRectF normalFromLogicRect(const QRectF &rect) const;
     // The point kept one brush width inside a board of that size.
     QPointF limitTouchPoint(const QPointF &point, const QSizeF &bounds) const;
+    // The aspect a board may keep, or an empty size (with a warning when one
+    // was asked for) for a shape that is not usable.
+    static QSizeF usableAspect(const QSizeF &aspect);
+    // Where a board of that aspect sits in `all`: the largest such rectangle
+    // that fits, centred (letterboxed); all of it for an empty aspect.
+    static QRect letterboxed(const QSizeF &aspect, const QRect &all);
 
     // Replay.
     DoodleSurface *cacheSurface() { return &m_canvas->cacheSurface(); }
@@ -236,6 +242,7 @@ public:
     DoodleReceiveLimits m_limits;
     DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
     QString m_userId;
+    QSizeF m_boardAspect; // empty: the board fills its view
     // Tool settings, in view points.
     qint64 m_actionMode = 0;
     double m_brushWidth = 0;

@@ -283,14 +283,7 @@ void DoodleLayoutPrivate::viewDidLayout()
 
 QRect DoodleLayoutPrivate::boardFrame() const
 {
-    const QRect all = m_view ? m_view->rect() : QRect();
-    if (m_boardAspect.isEmpty() || all.isEmpty())
-        return all;
-    // The largest rectangle of the aspect that fits, centred: letterboxed.
-    const QSize fitted = m_boardAspect.scaled(QSizeF(all.size()), Qt::KeepAspectRatio).toSize();
-    QRect frame(QPoint(), fitted.boundedTo(all.size()).expandedTo(QSize(1, 1)));
-    frame.moveCenter(all.center());
-    return frame;
+    return letterboxed(m_boardAspect, m_view ? m_view->rect() : QRect());
 }
 
 QSizeF DoodleLayout::boardAspect() const
@@ -300,14 +293,7 @@ QSizeF DoodleLayout::boardAspect() const
 
 void DoodleLayout::setBoardAspect(const QSizeF &aspect)
 {
-    const bool usable = aspect.isValid() && std::isfinite(aspect.width()) &&
-                        std::isfinite(aspect.height()) && !aspect.isEmpty() &&
-                        aspect.width() / aspect.height() > 1e-3 &&
-                        aspect.height() / aspect.width() > 1e-3;
-    if (!aspect.isEmpty() && !usable)
-        qCWarning(lcDoodle, "board aspect %gx%g ignored: not a usable shape", aspect.width(),
-                  aspect.height());
-    const QSizeF kept = usable ? aspect : QSizeF();
+    const QSizeF kept = d->usableAspect(aspect);
     if (kept == d->m_boardAspect)
         return;
     d->m_boardAspect = kept;

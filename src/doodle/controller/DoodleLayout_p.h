@@ -86,7 +86,6 @@ public:
     QString m_waterString;
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
-    QSizeF m_boardAspect; // empty: the board fills its view
     // Order, state and moderation.
     bool m_observing = false;
     bool m_commandUpdatePending = false;
