@@ -157,6 +157,9 @@ public:
         environment.insert("DOODLE_MQTT_PORTS", ports[0].join(' '));
         environment.insert("DOODLE_AMQP_PORTS", ports[1].join(' '));
         environment.insert("DOODLE_DIST_PORTS", ports[2].join(' '));
+        // Node names of this run's own: another run's cluster may share the machine.
+        environment.insert("DOODLE_CLUSTER_NAME",
+                           QStringLiteral("doodle%1n").arg(QCoreApplication::applicationPid()));
         m_environment = environment;
         m_started = true;
         if (!run({"start", m_dir.path()}, 180000))

@@ -6,7 +6,8 @@
 #     examples/call/cluster/cluster.sh start DIR     # prints the MQTT addresses
 #     examples/call/cluster/cluster.sh stop DIR [N]  # all nodes, or node N (1-3)
 #
-# Each node has its own name (doodleN@localhost), data under DIR/nodeN, and
+# Each node has its own name (doodleN@localhost, or NAMEN@localhost with
+# DOODLE_CLUSTER_NAME=NAME, so that two clusters can run side by side), data under DIR/nodeN, and
 # its own MQTT, AMQP and distribution ports on 127.0.0.1; the nodes share
 # one Erlang cookie (DIR/.erlang.cookie) and find each other from a fixed
 # list at first start. The ports come from DOODLE_MQTT_PORTS, DOODLE_AMQP_PORTS
@@ -21,6 +22,7 @@ dir=${2:?usage: cluster.sh start|stop DIR [N]}
 read -r -a mqtt <<<"${DOODLE_MQTT_PORTS:-1891 1892 1893}"
 read -r -a amqp <<<"${DOODLE_AMQP_PORTS:-5691 5692 5693}"
 read -r -a dist <<<"${DOODLE_DIST_PORTS:-25691 25692 25693}"
+name=${DOODLE_CLUSTER_NAME:-doodle}
 
 mkdir -p "$dir"
 dir=$(cd "$dir" && pwd)
@@ -29,7 +31,7 @@ export HOME=$dir # where every node and rabbitmqctl find the cookie
 # node_env N: the environment of node N.
 node_env() {
     local n=$1 i=$(($1 - 1))
-    export RABBITMQ_NODENAME=doodle$n@localhost
+    export RABBITMQ_NODENAME=$name$n@localhost
     export RABBITMQ_NODE_IP_ADDRESS=127.0.0.1
     export RABBITMQ_NODE_PORT=${amqp[$i]}
     export RABBITMQ_DIST_PORT=${dist[$i]}
@@ -48,7 +50,7 @@ write_config() {
         echo "mqtt.allow_anonymous = true"
         echo "cluster_formation.peer_discovery_backend = classic_config"
         for m in 1 2 3; do
-            echo "cluster_formation.classic_config.nodes.$m = doodle$m@localhost"
+            echo "cluster_formation.classic_config.nodes.$m = $name$m@localhost"
         done
     } >"$dir/node$n/rabbitmq.conf"
 }
@@ -64,18 +66,18 @@ start() {
         (node_env "$n" && exec "$bin/rabbitmq-server" >"$dir/node$n/out.log" 2>&1) &
     done
     for n in 1 2 3; do
-        (node_env "$n" && "$bin/rabbitmqctl" -n "doodle$n@localhost" --timeout 120 \
+        (node_env "$n" && "$bin/rabbitmqctl" -n "$name$n@localhost" --timeout 120 \
             wait "$dir/node$n/pid" >/dev/null)
     done
     # One cluster: the first node lists all three.
-    (node_env 1 && "$bin/rabbitmqctl" -n doodle1@localhost await_online_nodes 3 >/dev/null)
+    (node_env 1 && "$bin/rabbitmqctl" -n "${name}1@localhost" await_online_nodes 3 >/dev/null)
     echo "127.0.0.1:${mqtt[0]},127.0.0.1:${mqtt[1]},127.0.0.1:${mqtt[2]}"
 }
 
 stop_node() {
     local pid=""
     [ -f "$dir/node$1/pid" ] && pid=$(cat "$dir/node$1/pid")
-    (node_env "$1" && timeout 60 "$bin/rabbitmqctl" -n "doodle$1@localhost" stop \
+    (node_env "$1" && timeout 60 "$bin/rabbitmqctl" -n "$name$1@localhost" stop \
         >/dev/null 2>&1) || true
     # Gone for good, even a node that did not answer.
     if [ -n "$pid" ]; then
