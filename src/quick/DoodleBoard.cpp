@@ -161,7 +161,7 @@ void DoodleBoard::setBackgroundColor(const QColor &color)
     if (d->m_backgroundColor == color)
         return;
     d->m_backgroundColor = color;
-    update();
+    d->changed(QRect(QPoint(), size().toSize()));
     emit backgroundColorChanged();
 }
 
@@ -191,7 +191,7 @@ void DoodleBoard::setBoardAspect(const QSizeF &aspect)
     d->m_boardAspect = kept;
     // The board takes its new shape and is drawn again from the cache.
     d->redrawAll();
-    update();
+    d->changed(QRect(QPoint(), size().toSize()));
     emit boardAspectChanged();
 }
 
@@ -242,7 +242,7 @@ QSGNode *DoodleBoard::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
 {
     // The GUI thread waits while this runs: the surfaces can be read.
     auto *node = static_cast<QSGSimpleTextureNode *>(old);
-    const QImage image = d->composed(window()->effectiveDevicePixelRatio());
+    const QImage &image = d->frameImage(window()->effectiveDevicePixelRatio());
     if (image.isNull()) {
         delete node;
         return nullptr;
@@ -264,6 +264,13 @@ void DoodleBoard::geometryChange(const QRectF &newGeometry, const QRectF &oldGeo
     // The pictures follow the board's size: drawn again from the cache.
     if (newGeometry.size() != oldGeometry.size())
         d->redrawAll();
+    d->changed(QRect(QPoint(), newGeometry.size().toSize()));
+}
+
+void DoodleBoardPrivate::changed(const QRect &area)
+{
+    m_dirty |= area;
+    q->update();
 }
 
 QImage DoodleBoardPrivate::composed(double scale) const
@@ -275,18 +282,50 @@ QImage DoodleBoardPrivate::composed(double scale) const
     if (image.isNull())
         return image;
     image.setDevicePixelRatio(scale);
-    image.fill(Qt::transparent);
+    compose(image, QRect(QPoint(), points));
+    return image;
+}
+
+const QImage &DoodleBoardPrivate::frameImage(double scale)
+{
+    const QSize points = q->size().toSize();
+    const QSize pixels = (QSizeF(points) * scale).toSize();
+    if (points.isEmpty() || !(scale > 0)) {
+        m_frame = QImage();
+        return m_frame;
+    }
+    if (m_frame.size() != pixels || m_frame.devicePixelRatio() != scale) {
+        m_frame = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+        if (m_frame.isNull())
+            return m_frame;
+        m_frame.setDevicePixelRatio(scale);
+        m_dirty = QRect(QPoint(), points);
+    }
+    // Only what changed since the last frame is composed again.
+    if (!m_dirty.isEmpty())
+        compose(m_frame, m_dirty & QRect(QPoint(), points));
+    m_dirty = QRect();
+    return m_frame;
+}
+
+void DoodleBoardPrivate::compose(QImage &image, const QRect &area) const
+{
     QPainter painter(&image);
+    painter.setClipRect(area);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(area, Qt::transparent);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     // Letterbox margins, tinted so that the board's own shape shows.
     const QRect board = frame();
-    for (const QRect &margin : QRegion(QRect(QPoint(), points)).subtracted(board))
+    for (const QRect &margin : QRegion(area).subtracted(board))
         painter.fillRect(margin, QColor(0, 0, 0, 64));
+    const QRect inBoard = area.translated(-board.topLeft()) & QRect(QPoint(), board.size());
+    if (inBoard.isEmpty())
+        return;
     painter.translate(board.topLeft());
-    const QRect area(QPoint(), board.size());
     if (m_backgroundColor.isValid())
-        painter.fillRect(area, m_backgroundColor);
-    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, area);
-    return image;
+        painter.fillRect(inBoard, m_backgroundColor);
+    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, inBoard);
 }
 
 QString DoodleBoard::saveImage()

@@ -51,11 +51,19 @@ public:
     // The board's picture at that scale: its background, then the cache and
     // the previews pixel for pixel when the scale is the surfaces' own.
     QImage composed(double scale) const;
+    // The picture the item shows, composed again where it changed.
+    const QImage &frameImage(double scale);
+    // Composes the item's area (points) of its picture into `image`.
+    void compose(QImage &image, const QRect &area) const;
+    // The item's area (points) changed and is shown again.
+    void changed(const QRect &area);
 
     DoodleBoard *q;
     QColor m_backgroundColor = Qt::white;
     QString m_waterString;
     bool m_editable = true;
+    QImage m_frame;          // the picture last shown
+    QRect m_dirty;           // what changed since, in the item's points
     bool m_touching = false; // a gesture under way
     QPointF m_lastPoint;     // where it was at the previous event
 };

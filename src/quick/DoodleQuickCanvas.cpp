@@ -36,7 +36,9 @@ TextInput {
 DoodleQuickCanvas::DoodleQuickCanvas(DoodleBoard *item) : m_item(item)
 {
     const auto size = [this] { return boardSize().toSize(); };
-    const auto changed = [item](const QRect &) { item->update(); };
+    const auto changed = [item](const QRect &area) {
+        item->d->changed(area.translated(item->d->frame().topLeft()));
+    };
     m_cache.setHost(size, changed);
     for (DoodleSurface &preview : m_previews)
         preview.setHost(size, changed);
