@@ -71,6 +71,16 @@ struct QuickBoard
     QStringList texts;
 };
 
+// The Quick board's picture where the widget board sits: with an aspect,
+// without the margins.
+QImage boardPicture(QuickBoard &quick, WidgetBoard &widget)
+{
+    const QRect frame = widget.board.doodleView()->geometry();
+    const double scale = quick.window.effectiveDevicePixelRatio();
+    return quick.picture().copy(
+        QRectF(QPointF(frame.topLeft()) * scale, QSizeF(frame.size()) * scale).toAlignedRect());
+}
+
 void sendToBoth(WidgetBoard &widget, QuickBoard &quick, const DoodleActionPtr &action)
 {
     const QString text = DoodleTranslate::stringFromDoodleAction(action);
@@ -155,12 +165,8 @@ private slots:
         quick.board->setBoardAspect(aspect);
         for (const DoodleActionPtr &action : session)
             sendToBoth(widget, quick, action);
-        // The board alone: with an aspect, without its margins.
-        const QRect frame = widget.board.doodleView()->geometry();
-        const double scale = quick.window.effectiveDevicePixelRatio();
         const QImage w = widget.picture();
-        const QImage q = quick.picture().copy(
-            QRectF(QPointF(frame.topLeft()) * scale, QSizeF(frame.size()) * scale).toAlignedRect());
+        const QImage q = boardPicture(quick, widget);
         QCOMPARE(q.size(), w.size());
         QImage blank(w.size(), QImage::Format_RGB32);
         blank.fill(Qt::white);
@@ -174,15 +180,19 @@ private slots:
         QTest::addColumn<qint64>("mode");
         QTest::addColumn<QList<QPoint>>("points");
         QTest::addColumn<int>("actions");
+        QTest::addColumn<QSizeF>("aspect");
         // The pointer moves to where it is lifted, for both toolkits alike.
         const QList<QPoint> path{{20, 30}, {40, 50}, {70, 60}, {110, 90}, {130, 95}, {130, 95}};
-        QTest::newRow("brush") << qint64(DoodleActionModeBrush) << path << 1;
-        QTest::newRow("eraser") << qint64(DoodleActionModeEraser) << path << 1;
-        QTest::newRow("rectangle") << qint64(DoodleActionModeRectangle) << path << 1;
-        QTest::newRow("ellipse") << qint64(DoodleActionModeEllipse) << path << 1;
-        QTest::newRow("arrow") << qint64(DoodleActionModeArrow) << path << 1;
+        QTest::newRow("brush") << qint64(DoodleActionModeBrush) << path << 1 << QSizeF();
+        QTest::newRow("eraser") << qint64(DoodleActionModeEraser) << path << 1 << QSizeF();
+        QTest::newRow("rectangle") << qint64(DoodleActionModeRectangle) << path << 1 << QSizeF();
+        QTest::newRow("ellipse") << qint64(DoodleActionModeEllipse) << path << 1 << QSizeF();
+        QTest::newRow("arrow") << qint64(DoodleActionModeArrow) << path << 1 << QSizeF();
         QTest::newRow("tap draws nothing")
-            << qint64(DoodleActionModeBrush) << QList<QPoint>{{50, 50}, {50, 50}} << 0;
+            << qint64(DoodleActionModeBrush) << QList<QPoint>{{50, 50}, {50, 50}} << 0 << QSizeF();
+        // On a square board the margins take no input and points are the board's.
+        QTest::newRow("brush on a square board")
+            << qint64(DoodleActionModeBrush) << path << 1 << QSizeF(1, 1);
     }
 
     void sameGesturesSameTexts()
@@ -190,8 +200,11 @@ private slots:
         QFETCH(qint64, mode);
         QFETCH(QList<QPoint>, points);
         QFETCH(int, actions);
+        QFETCH(QSizeF, aspect);
         WidgetBoard widget;
         QuickBoard quick;
+        widget.board.setBoardAspect(aspect);
+        quick.board->setBoardAspect(aspect);
         // A stroke under the eraser, so that both erase the same pixels.
         sendToBoth(widget, quick, strokeAction("ann", {{-1, -0.5}, {1, 0.5}}, Qt::blue, 0.1f));
         widget.board.setActionMode(mode);
@@ -206,8 +219,8 @@ private slots:
         dragQuick(quick.window, points);
         QCOMPARE(widget.texts().size(), actions);
         QCOMPARE(quick.texts, widget.texts());
-        QCOMPARE(maxChannelDifference(widget.picture(), quick.picture(), widget.picture().size()),
-                 0);
+        const QImage w = widget.picture();
+        QCOMPARE(maxChannelDifference(w, boardPicture(quick, widget), w.size()), 0);
     }
 };
 
