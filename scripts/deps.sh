@@ -7,6 +7,8 @@ packages=(
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev
     libbenchmark-dev
     qt6-tools-dev qt6-l10n-tools
+    qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window
+    qml6-module-qtqml-workerscript
     libmosquitto-dev mosquitto mosquitto-clients openssl
     clang libclang-rt-14-dev clang-format
     fonts-dejavu-core locales xvfb xauth xdotool imagemagick

@@ -3,6 +3,7 @@
 // Umbrella header: every public header of the doodle library.
 #include <doodle/DoodleExport.h>
 #include <doodle/alert/RoShow.h>
+#include <doodle/board/DoodleSurface.h>
 #include <doodle/canvas/ZQDoodleDrawView.h>
 #include <doodle/canvas/ZQDoodleView.h>
 #include <doodle/controller/DoodleLayout.h>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <doodle/DoodleExport.h>
+#include <doodle/board/DoodleSurface.h>
 
 #include <QColor>
 #include <QImage>
@@ -9,11 +10,10 @@
 #include <QRectF>
 #include <QWidget>
 
-#include <optional>
-
-// One transparent drawing surface that shows a single cached picture at the
-// screen scale. Every primitive paints into that picture and repaints only the
-// rectangle it changed. A surface that holds nothing holds no picture.
+// A widget that shows one drawing surface (DoodleSurface), the board's
+// toolkit-neutral picture: every primitive paints into the surface and the
+// widget repaints only the rectangle it changed. A surface that holds nothing
+// holds no picture.
 class DOODLE_EXPORT ZQDoodleDrawView : public QWidget
 {
     Q_OBJECT
@@ -21,7 +21,7 @@ public:
     explicit ZQDoodleDrawView(QWidget *parent = nullptr);
 
     // A null image when the surface holds nothing.
-    QImage cacheImage() const { return m_cacheImage; }
+    QImage cacheImage() const { return m_surface.picture(); }
     void setCacheImage(const QImage &image);
 
     // Strokes the path with round caps and joins.
@@ -67,37 +67,24 @@ public:
     bool copyRegionTo(QImage &target) const;
     // While a target is set, primitives draw into it (a picture of this
     // surface's size) instead of the surface; nullptr draws on the surface again.
-    void setTarget(QImage *target) { m_target = target; }
+    void setTarget(QImage *target) { m_surface.setTarget(target); }
     // While measuring, primitives draw nothing and only report, through
     // lastPaintedRect, the rectangle they would change.
-    void setMeasuring(bool measuring) { m_measuring = measuring; }
+    void setMeasuring(bool measuring) { m_surface.setMeasuring(measuring); }
     // Copies the picture into `target`, reusing its memory when it fits.
     void copyPicture(QImage &target) const;
     // The rectangle (in view points) the last primitive could have changed;
     // empty when it drew nothing.
-    QRect lastPaintedRect() const { return m_lastPainted; }
+    QRect lastPaintedRect() const { return m_surface.lastPaintedRect(); }
+    // The surface this widget shows.
+    DoodleSurface *surface() { return &m_surface; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
     void childEvent(QChildEvent *event) override;
 
 private:
-    bool preparePicture();
-    void clearPicture(bool release);
     void removeChildWidgets();
-    static bool clipsExactly(std::optional<double> penWidth);
-    template <typename Draw>
-    void paintShape(const QRectF &dirty, std::optional<double> penWidth, Draw draw);
-    QRect devicePixels(const QRect &area) const;
-    void strokePath(const QPainterPath &path, double width, const QColor &color, bool erase,
-                    bool dot);
 
-    QImage m_cacheImage;
-    // Union of the rectangles painted since the picture was last empty.
-    QRect m_paintedRect;
-    QRect m_lastPainted;
-    QRect m_region; // the region being redrawn, if any
-    bool m_measuring = false;
-    QImage *m_target = nullptr;
-    QImage m_scratch; // kept between region redraws
+    DoodleSurface m_surface;
 };

@@ -1,6 +1,6 @@
 #include "ZQDoodleView.h"
 
-#include "DoodleDrawInput.h"
+#include <doodle/board/DoodleDrawInput.h>
 
 #include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>

@@ -1,6 +1,6 @@
 target_sources(doodle PRIVATE
-    doodle/canvas/DoodleDrawInput.cpp
-    doodle/canvas/DoodleDrawInput.h
+    doodle/canvas/DoodleWidgetCanvas.cpp
+    doodle/canvas/DoodleWidgetCanvas_p.h
     doodle/canvas/ZQDoodleDrawView.cpp
     doodle/canvas/ZQDoodleView.cpp)
 target_sources(doodle PUBLIC FILE_SET HEADERS FILES

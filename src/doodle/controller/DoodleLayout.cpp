@@ -5,6 +5,8 @@
 #include "DoodleLayoutView.h"
 #include "DoodleLayout_p.h"
 
+#include <doodle/canvas/DoodleWidgetCanvas_p.h>
+
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleBundle_p.h>
 
@@ -35,6 +37,8 @@ QSize initialViewSize()
 DoodleLayout::DoodleLayout(const QString &userId, QObject *parent)
     : QObject(parent), d(std::make_unique<DoodleLayoutPrivate>(this))
 {
+    d->m_canvas =
+        std::make_unique<DoodleWidgetCanvas>(d->m_doodleView, [this] { return doodleView(); });
     // reset() selects the brush tool; the tool bar lives on the view, so the
     // view is loaded (and viewDidLoad runs) in the middle of it, before any
     // delegate can be set.
@@ -279,14 +283,7 @@ void DoodleLayoutPrivate::viewDidLayout()
 
 QRect DoodleLayoutPrivate::boardFrame() const
 {
-    const QRect all = m_view ? m_view->rect() : QRect();
-    if (m_boardAspect.isEmpty() || all.isEmpty())
-        return all;
-    // The largest rectangle of the aspect that fits, centred: letterboxed.
-    const QSize fitted = m_boardAspect.scaled(QSizeF(all.size()), Qt::KeepAspectRatio).toSize();
-    QRect frame(QPoint(), fitted.boundedTo(all.size()).expandedTo(QSize(1, 1)));
-    frame.moveCenter(all.center());
-    return frame;
+    return letterboxed(m_boardAspect, m_view ? m_view->rect() : QRect());
 }
 
 QSizeF DoodleLayout::boardAspect() const
@@ -296,14 +293,7 @@ QSizeF DoodleLayout::boardAspect() const
 
 void DoodleLayout::setBoardAspect(const QSizeF &aspect)
 {
-    const bool usable = aspect.isValid() && std::isfinite(aspect.width()) &&
-                        std::isfinite(aspect.height()) && !aspect.isEmpty() &&
-                        aspect.width() / aspect.height() > 1e-3 &&
-                        aspect.height() / aspect.width() > 1e-3;
-    if (!aspect.isEmpty() && !usable)
-        qCWarning(lcDoodle, "board aspect %gx%g ignored: not a usable shape", aspect.width(),
-                  aspect.height());
-    const QSizeF kept = usable ? aspect : QSizeF();
+    const QSizeF kept = d->usableAspect(aspect);
     if (kept == d->m_boardAspect)
         return;
     d->m_boardAspect = kept;
@@ -388,17 +378,12 @@ void DoodleLayout::canEdit(bool editable)
 
 void DoodleLayout::onDoodleActionReceived(const QString &userId, const DoodleActionPtr &action)
 {
-    // The channel's order counts what this board then drops, as every board does.
-    if (action)
-        d->noteChannelOrder(*action, userId);
-    if (action && !d->m_muted.contains(userId) && d->withinLimits(userId, *action))
-        doodleAction(action, userId);
+    d->receiveFrom(userId, action);
 }
 
 void DoodleLayout::onDoodleTextReceived(const QString &userId, const QString &text)
 {
-    if (d->textWithinLimit(userId, text))
-        onDoodleActionReceived(userId, DoodleTranslate::doodleActionFromString(text));
+    d->receiveText(userId, text);
 }
 
 DoodleReceiveLimits DoodleLayout::receiveLimits() const

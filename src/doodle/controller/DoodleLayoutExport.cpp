@@ -5,7 +5,7 @@
 #include "DoodleLayout_p.h"
 #include "DoodleWatermark_p.h"
 
-#include <doodle/canvas/DoodleDrawInput.h>
+#include <doodle/board/DoodleDrawInput.h>
 
 #include <QBuffer>
 #include <QFontInfo>

@@ -2,6 +2,7 @@
 
 // The board controller's private state and its internal steps. Not installed:
 // hosts see only DoodleLayout, so the state can change without breaking them.
+#include <doodle/board/DoodleBoardCore_p.h>
 #include <doodle/controller/DoodleLayout.h>
 #include <doodle/model/DoodlePathCache.h>
 #include <doodle/support/DoodleWeak.h>
@@ -16,6 +17,7 @@
 
 #include <QSet>
 
+#include <memory>
 #include <optional>
 
 class DoodleLayoutView;
@@ -23,70 +25,9 @@ class QAbstractButton;
 class QJsonArray;
 struct DoodlePicker;
 
-// An order stamp: a Lamport clock, ties broken by the sender the channel named.
-struct DoodleStamp
-{
-    quint64 clock = 0;
-    QString sender;
-    friend bool operator<(const DoodleStamp &a, const DoodleStamp &b)
-    {
-        return a.clock != b.clock ? a.clock < b.clock : a.sender < b.sender;
-    }
-    friend bool operator==(const DoodleStamp &a, const DoodleStamp &b)
-    {
-        return a.clock == b.clock && a.sender == b.sender;
-    }
-};
-size_t qHash(const DoodleStamp &stamp, size_t seed = 0);
-
-// Where a drawing without a stamp came in a channel's shared order: the
-// `rank`-th such drawing after the stamped drawing or clear `after` (clock 0:
-// none). It names the drawing, and orders it, alike on every board.
-struct DoodleAnchor
-{
-    DoodleStamp after;
-    quint64 rank = 0;
-    friend bool operator<(const DoodleAnchor &a, const DoodleAnchor &b)
-    {
-        return a.after == b.after ? a.rank < b.rank : a.after < b.after;
-    }
-    friend bool operator==(const DoodleAnchor &a, const DoodleAnchor &b)
-    {
-        return a.after == b.after && a.rank == b.rank;
-    }
-};
-
-// The tool, width and colour a gesture was started with: everything it draws
-// and the action it commits use these, whatever the tool state becomes meanwhile.
-struct DoodleGestureTool
-{
-    qint64 mode = DoodleActionModeNone;
-    double width = 0; // view points: the brush, eraser or text size
-    QColor color;
-};
-
-// The cache canvas's picture of the first `count` cached drawings: a region
-// redraw starts from it and replays only what came after.
-struct DoodleSavepoint
-{
-    QImage picture;
-    qsizetype count = -1; // -1: none
-    // A drawing came in or went before `count` and is not yet drawn here: the
-    // next region redraw mends the region it covers.
-    bool stale = false;
-};
-
-// Changes to the cache made together (a merged state, a participant's drawings
-// taken away) are drawn once at the end: the region they cover, or the whole
-// board past a number of changes.
-struct DoodleBatch
-{
-    QRectF region;
-    qsizetype changes = 0;
-    bool whole = false;
-};
-
-class DoodleLayoutPrivate
+// The Widgets front-end of the board: its view, bars, pickers and alerts over
+// the board's core.
+class DoodleLayoutPrivate : public DoodleBoardCore
 {
 public:
     explicit DoodleLayoutPrivate(DoodleLayout *owner) : q(owner) {}
@@ -112,114 +53,22 @@ public:
     void showColour(const QColor &color);
     // Saving.
     void writePicture(const QImage &picture) const;
-    // Replay.
-    ZQDoodleDrawView *cacheSurface();
-    QRect paint(const DoodleAction &action);
-    void paintBox(const DoodleAction &action, double lineWidth);
-    void drawEntry(qsizetype index);
-    void drawStroke(const DoodleAction &action);
-    // The stroke through the points; `isDot` tells when several points share one place.
-    QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
-    // Redraws the region from the cache, from the newest savepoint that is not
-    // stale, and mends the stale ones it passes.
-    void redrawRegion(const QRectF &area);
-    // A drawing was put at `index` (`shift` 1) or taken from it (-1).
-    void shiftSavepoints(qsizetype index, int shift);
-    void noteAppended();
-    void dropSavepoints(qsizetype keepUpTo);
-    void takeSavepoint(qsizetype count, bool coarse);
-    void reapplyLiveErasure();
-    // Gestures.
-    DoodleGestureTool toolForMode(qint64 mode) const;
-    bool isOnBoard(const QPointF &point) const;
-    DoodleActionPtr newAction(qint64 type) const;
-    void resetGesture();
-    void abandonGesture();
-    void cleanPreview();
-    void drawTail(const QPointF &from, const QPointF &to);
-    bool commitAction(const DoodleActionPtr &built);
-    void commitGesture();
-    void beginStroke(const QPointF &point);
-    void beginBox(const QPointF &point);
-    void beginArrow(const QPointF &point);
-    void finishStrokeOffBoard();
-    void moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point);
-    void moveBox(const QPointF &mid);
-    void moveArrow(const QPointF &mid);
-    void finishGesture(const QPointF &end, bool cancelled);
-    void endBox(const QPointF &end, bool normalise);
-    void endArrow(const QPointF &end);
-    void openTextEntry(const QPointF &end);
-    void closeTextField();
-    // Commits the open text field's text as Return does; a blank one is dropped.
-    void commitOpenText();
-    QPointF gestureEndPoint(const DoodleTouch &touch) const;
-    // Order, state and moderation.
-    static DoodleStamp stampOf(const DoodleCacheEntry &entry);
-    void observeClock(quint64 clock);
-    quint64 nextStamp();
-    static quint64 entryHash(const QString &owner, const DoodleAction &action);
-    static quint64 anchoredHash(quint64 content, const DoodleAnchor &anchor);
-    static std::optional<DoodleAnchor> anchorOf(const DoodleCacheEntry &entry);
-    void recomputeFingerprint();
-    void insertEntry(qsizetype index, const DoodleActionPtr &action, const QString &owner,
-                     const std::optional<DoodleAnchor> &anchor = std::nullopt);
-    qsizetype insertionIndex(const DoodleStamp &stamp, bool *duplicate) const;
-    bool receiveDrawing(const DoodleActionPtr &action, const QString &owner);
-    void placeEntry(qsizetype index);
-    bool overlapsLaterEntries(qsizetype index, const QRect &rect) const;
-    void removeEntry(qsizetype index);
-    QRect measureEntry(qsizetype index);
-    void beginBatch();
-    void batchChange(qsizetype inserted, const QRectF &removed);
-    void endBatch();
-    void rememberUndone(const DoodleStamp &stamp);
-    // The undo and clear buttons follow the cache, once per turn of the event loop.
-    void scheduleCommandUpdate();
+    // The core's hook: the undo and clear buttons follow the cache, once
+    // per turn of the event loop.
+    void scheduleCommandUpdate() override;
     void updateCommandButtons();
-    qsizetype lastIndexOwnedBy(const QString &owner) const;
-    void undoStamped(const QString &owner, quint64 clock);
-    // Takes a clear newer than the last one; true if it removed drawings.
-    bool applyClear(const DoodleStamp &stamp);
-    void redrawAfterClear();
-    // The host hears who cleared the board, here or elsewhere.
-    void notifyCleared(const QString &userId);
+    // The core's hooks: the host hears of a clear of this user's about to
+    // be made, and who cleared the board, here or elsewhere.
+    void willClear() override;
+    void notifyCleared(const QString &userId) override;
     // The clear button's question; the board clears once it is answered yes.
     void confirmClear();
-    void mergeUndone(const QJsonArray &undone);
-    void mergeActions(const QJsonArray &actions, bool takeUnstamped);
-    qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
-    // The shared order of a channel: where a drawing anchored there goes, the
-    // anchor a received action sets, and a better anchor a state brings.
-    qsizetype anchoredIndex(const DoodleAnchor &anchor, bool *present) const;
-    void noteChannelOrder(const DoodleAction &action, const QString &sender);
-    void mergeAnchored(const QString &owner, const DoodleActionPtr &action,
-                       const DoodleAnchor &anchor);
-    qsizetype earlierCopy(const QString &owner, const DoodleAction &action,
-                          const DoodleAnchor &anchor) const;
-    void forgetOrder();
-    // Limits on what others send.
-    bool withinLimits(const QString &sender, const DoodleAction &action) const;
-    bool textWithinLimit(const QString &sender, const QString &text) const;
+    // The core's hook: the host hears of each local action.
+    void actionGenerated(const DoodleActionPtr &action) override;
 
     DoodleLayout *q;
-    QString m_userId;
     QList<QColor> m_backgroundColors;
     QList<QImage> m_backgroundImages;
-    QPainterPath m_path;
-    bool m_hasPath = false;
-    QPointF m_strokeEnd; // where the last previewed segment of the stroke ended
-    QPainterPath m_tail; // from there to the pointer
-    QRectF m_rect;
-    bool m_rectIsNull = true;
-    QPointF m_startPoint;
-    QPointF m_endPoint;
-    DoodlePathCache m_doodlePathCache; // lives as long as the board
-    DoodleActionPtr m_doodleDraw;      // the stroke or shape under way
-    DoodleGestureTool m_gesture;
-    QRectF m_liveErased;        // what a live eraser cleared on the cache canvas
-    DoodleActionPtr m_textDraw; // the text whose field is open
-    bool m_drawPathDidMoved = false;
     QList<double> m_brushWidthArray;
     QList<double> m_eraserWidthArray;
     QList<double> m_textSizeArray;
@@ -229,11 +78,6 @@ public:
     qint64 m_textSizeSelectIndex = 0;
     bool m_isMinToolBar = false;
     bool m_drawReceiveTrackAnimated = false;
-    double m_brushWidth = 0;
-    double m_eraserWidth = 0;
-    double m_textSize = 0;
-    QColor m_brushColor;
-    qint64 m_actionMode = 0;
     DoodleWeak<DoodleLayoutDelegate> m_delegate;
     QPointer<ZQDoodleView> m_doodleView;
     quint64 m_pageCount = 1;
@@ -242,26 +86,11 @@ public:
     QString m_waterString;
     QPointer<QWidget> m_view; // a DoodleLayoutView
     bool m_inFrameReset = false;
-    QSizeF m_boardAspect; // empty: the board fills its view
-    DoodleReceiveLimits m_limits;
-    DoodleSavepoint m_saves[3]; // two fine ones, then the coarse one
-    std::optional<DoodleBatch> m_batch;
     // Order, state and moderation.
-    quint64 m_clock = 0;
-    std::optional<DoodleStamp> m_lastClear;
-    QSet<DoodleStamp> m_undone; // drawings taken back, so that no copy brings them back
-    QSet<QString> m_muted;
-    quint64 m_fingerprint = 0;
-    qsizetype m_unstampedCount = 0; // cached drawings without a stamp
-    bool m_sharedOrder = false;
-    DoodleStamp m_channelAnchor; // the last stamped drawing or clear the channel brought
-    quint64 m_channelRank = 0;   // drawings without a stamp it brought since
-    DoodleAnchor m_received;     // the place of the one being received
     bool m_observing = false;
     bool m_commandUpdatePending = false;
     bool m_confirmsClear = true;
     bool m_askingToClear = false;
-    bool m_leftForeground = false; // since the gesture under way began
     // The tool bar, its floating button and the option pickers; all live on the view.
     QPointer<ZQDoodleToolbar> m_doodletoolbar;
     QPointer<ZQDoodleButton> m_doodletoolButton;

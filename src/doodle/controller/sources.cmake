@@ -2,12 +2,11 @@ target_sources(doodle PRIVATE
     doodle/controller/DoodleLayout.cpp
     doodle/controller/DoodleLayoutCoordinates.cpp
     doodle/controller/DoodleLayoutExport.cpp
-    doodle/controller/DoodleLayoutLimits.cpp
-    doodle/controller/DoodleLayoutOrder.cpp
+    doodle/controller/DoodleLayoutInput.cpp
     doodle/controller/DoodleLayoutReplay.cpp
     doodle/controller/DoodleLayoutSnapshot.cpp
+    doodle/controller/DoodleLayoutState.cpp
     doodle/controller/DoodleLayoutToolbar.cpp
-    doodle/controller/DoodleLayoutTouch.cpp
     doodle/controller/DoodleLayoutView.cpp
     doodle/controller/DoodleLayoutView.h
     doodle/controller/DoodleLayout_p.h

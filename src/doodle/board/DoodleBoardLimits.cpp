@@ -1,5 +1,5 @@
-// Board controller: the limits on what other participants may send.
-#include "DoodleLayout_p.h"
+// The board's core: the limits on what other participants may send.
+#include "DoodleBoardCore_p.h"
 
 #include <doodle/support/DoodleLog_p.h>
 
@@ -20,7 +20,7 @@ bool dropped(const QString &sender, const char *limit, qsizetype value, qsizetyp
 
 } // namespace
 
-bool DoodleLayoutPrivate::textWithinLimit(const QString &sender, const QString &text) const
+bool DoodleBoardCore::textWithinLimit(const QString &sender, const QString &text) const
 {
     // UTF-8 takes at most three bytes per UTF-16 unit; count exactly only near the limit.
     qsizetype bytes = text.size();
@@ -29,7 +29,7 @@ bool DoodleLayoutPrivate::textWithinLimit(const QString &sender, const QString &
     return !dropped(sender, "text bytes", bytes, m_limits.textBytes);
 }
 
-bool DoodleLayoutPrivate::withinLimits(const QString &sender, const DoodleAction &action) const
+bool DoodleBoardCore::withinLimits(const QString &sender, const DoodleAction &action) const
 {
     if (!doodleIsDrawnActionType(action.actionType()))
         return true;

@@ -1,16 +1,11 @@
-// Board controller: the local user's gestures become a live preview, a
+// The board's core: the local user's gestures become a live preview, a
 // permanent drawing and one action per finished gesture. Every gesture starts
 // from nothing and leaves nothing behind; what it commits is drawn from the
 // action exactly as every receiver draws it.
-#include <doodle/controller/DoodleLayout.h>
-
-#include "DoodleLayoutView.h"
-#include "DoodleLayout_p.h"
+#include "DoodleBoardCore_p.h"
 
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
-
-#include <QLineEdit>
 
 #include <cmath>
 
@@ -34,7 +29,7 @@ DoodleActionPtr asReceived(const DoodleActionPtr &action)
 
 } // namespace
 
-DoodleGestureTool DoodleLayoutPrivate::toolForMode(qint64 mode) const
+DoodleGestureTool DoodleBoardCore::toolForMode(qint64 mode) const
 {
     switch (mode) {
     case DoodleActionModeEraser:
@@ -46,29 +41,29 @@ DoodleGestureTool DoodleLayoutPrivate::toolForMode(qint64 mode) const
     }
 }
 
-bool DoodleLayoutPrivate::isOnBoard(const QPointF &point) const
+bool DoodleBoardCore::isOnBoard(const QPointF &point) const
 {
     // A point in the board's own coordinates; with a fixed aspect the board
     // sits inside its view's margins, and a point there is off the board.
-    if (!m_doodleView)
+    if (!m_canvas->isShown())
         return false;
-    const QSizeF size = m_doodleView->geometry().size();
+    const QSizeF size = m_canvas->boardSize();
     return point.x() >= 0 && point.x() < size.width() && point.y() >= 0 &&
            point.y() < size.height();
 }
 
-DoodleActionPtr DoodleLayoutPrivate::newAction(qint64 type) const
+DoodleActionPtr DoodleBoardCore::newAction(qint64 type) const
 {
     auto action = std::make_shared<DoodleAction>();
     action->setActionType(type);
     action->setUserId(m_userId);
     // Stored as the text form carries it, so that nothing finer is drawn locally.
     action->setBrushColor(QColor::fromRgba(m_gesture.color.rgba()));
-    action->setBrushWidth(float(q->logicFromNormalWidth(m_gesture.width)));
+    action->setBrushWidth(float(logicFromNormalWidth(m_gesture.width)));
     return action;
 }
 
-void DoodleLayoutPrivate::resetGesture()
+void DoodleBoardCore::resetGesture()
 {
     m_doodleDraw.reset();
     m_path = QPainterPath();
@@ -82,12 +77,12 @@ void DoodleLayoutPrivate::resetGesture()
     m_tail = QPainterPath();
 }
 
-void DoodleLayoutPrivate::abandonGesture()
+void DoodleBoardCore::abandonGesture()
 {
     const QRectF erased = m_liveErased;
     const bool hadPreview = m_drawPathDidMoved;
     resetGesture();
-    if (!m_doodleView)
+    if (!m_canvas->isShown())
         return;
     if (hadPreview)
         cleanPreview();
@@ -96,29 +91,34 @@ void DoodleLayoutPrivate::abandonGesture()
         redrawRegion(erased);
 }
 
-void DoodleLayoutPrivate::cleanPreview()
+void DoodleBoardCore::cleanPreview()
 {
-    for (quint64 index : {kPreviewCanvas, kTailCanvas}) {
-        if (ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(index))
-            canvas->cleanForRedraw();
-    }
+    for (quint64 index : {kPreviewCanvas, kTailCanvas})
+        m_canvas->cleanPreview(index, false);
 }
 
-void DoodleLayoutPrivate::drawTail(const QPointF &from, const QPointF &to)
+DoodleSurface *DoodleBoardCore::freshPreview()
+{
+    // A shape's preview shows the shape alone: emptied before every move.
+    m_canvas->cleanPreview(kPreviewCanvas, false);
+    return m_canvas->previewSurface(kPreviewCanvas);
+}
+
+void DoodleBoardCore::drawTail(const QPointF &from, const QPointF &to)
 {
     // The smoothed path ends half way to the pointer; a straight stretch on a
     // surface of its own shows the rest until the next move replaces it.
-    ZQDoodleDrawView *canvas = q->doodleView()->getTempCanvas(kTailCanvas);
+    DoodleSurface *canvas = m_canvas->previewSurface(kTailCanvas);
     if (!canvas)
         return;
     if (!m_tail.isEmpty()) // wider than drawn, so no antialiased edge is left behind
-        canvas->eraseInCacheWithPath(m_tail, m_gesture.width + 2);
+        canvas->erasePath(m_tail, m_gesture.width + 2);
     m_tail = QPainterPath(from);
     m_tail.lineTo(to);
-    q->doodleView()->drawInTempWithPath(m_tail, m_gesture.width, m_gesture.color, kTailCanvas);
+    canvas->drawPath(m_tail, m_gesture.width, m_gesture.color);
 }
 
-bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
+bool DoodleBoardCore::commitAction(const DoodleActionPtr &built)
 {
     if (built)
         built->setSeqNo(nextStamp());
@@ -128,13 +128,12 @@ bool DoodleLayoutPrivate::commitAction(const DoodleActionPtr &built)
         return false;
     }
     // The host hears of the action before the cache records it.
-    if (DoodleLayoutDelegate *host = m_delegate.get())
-        host->onDoodleActionGenerated(action);
+    actionGenerated(action);
     receiveDrawing(action, m_userId);
     return true;
 }
 
-void DoodleLayoutPrivate::commitGesture()
+void DoodleBoardCore::commitGesture()
 {
     const DoodleActionPtr built = m_doodleDraw;
     const QRectF erased = m_liveErased;
@@ -156,109 +155,97 @@ void DoodleLayoutPrivate::commitGesture()
         noteAppended();
 }
 
-void DoodleLayoutPrivate::reapplyLiveErasure()
+void DoodleBoardCore::gestureBegan(const DoodleTouch &touch)
 {
-    if (!m_hasPath || m_gesture.mode != DoodleActionModeEraser || !m_doodleView)
-        return;
-    cacheSurface()->eraseInCacheWithPath(m_path, m_gesture.width);
-    m_liveErased |= cacheSurface()->lastPaintedRect();
-}
-
-void DoodleLayout::touchesBegan(const DoodleTouch &touch)
-{
-    if (d->m_isMinToolBar)
-        return;
-    d->closePickers();
-    d->abandonGesture();
-    d->m_leftForeground = false;
-    d->m_gesture = d->toolForMode(d->m_actionMode);
+    abandonGesture();
+    m_leftForeground = false;
+    m_gesture = toolForMode(m_actionMode);
     const QPointF p = touch.location;
-    if (!d->isOnBoard(p))
+    if (!isOnBoard(p))
         return;
-    switch (d->m_gesture.mode) {
+    switch (m_gesture.mode) {
     case DoodleActionModeBrush:
     case DoodleActionModeEraser:
-        d->beginStroke(p);
+        beginStroke(p);
         break;
     case DoodleActionModeRectangle:
     case DoodleActionModeEllipse:
-        d->beginBox(p);
+        beginBox(p);
         break;
     case DoodleActionModeArrow:
-        d->beginArrow(p);
+        beginArrow(p);
         break;
     default:
         break; // text starts when the touch ends
     }
 }
 
-void DoodleLayoutPrivate::beginStroke(const QPointF &point)
+void DoodleBoardCore::beginStroke(const QPointF &point)
 {
     m_path = QPainterPath(point);
     m_hasPath = true;
     m_strokeEnd = point;
     const bool pen = m_gesture.mode == DoodleActionModeBrush;
     m_doodleDraw = newAction(pen ? DoodleActionTypeStroke : DoodleActionTypeEraser);
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
 }
 
-void DoodleLayoutPrivate::beginBox(const QPointF &point)
+void DoodleBoardCore::beginBox(const QPointF &point)
 {
     m_rect = QRectF(point, QSizeF(0, 0));
     m_rectIsNull = false;
     const bool rectangle = m_gesture.mode == DoodleActionModeRectangle;
     m_doodleDraw = newAction(rectangle ? DoodleActionTypeRectangle : DoodleActionTypeEllipse);
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
 }
 
-void DoodleLayoutPrivate::beginArrow(const QPointF &point)
+void DoodleBoardCore::beginArrow(const QPointF &point)
 {
     m_startPoint = point;
     m_doodleDraw = newAction(DoodleActionTypeArrow);
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->setX(float(logic.x()));
     m_doodleDraw->setY(float(logic.y()));
 }
 
-void DoodleLayout::touchesMoved(const DoodleTouch &touch)
+void DoodleBoardCore::gestureMoved(const DoodleTouch &touch)
 {
-    if (d->m_isMinToolBar || !d->m_doodleDraw)
+    if (!m_doodleDraw)
         return;
     QPointF p = touch.location;
     QPointF q = touch.previousLocation;
-    if (!d->isOnBoard(q)) {
-        q = limitTouchPoint(q, d->m_doodleView);
-        p = limitTouchPoint(p, d->m_doodleView);
+    if (!isOnBoard(q)) {
+        q = limitTouchPoint(q, boardSize());
+        p = limitTouchPoint(p, boardSize());
     }
     if (samePoint(p, q))
         return;
-    if (!d->isOnBoard(p)) {
-        d->finishStrokeOffBoard();
+    if (!isOnBoard(p)) {
+        finishStrokeOffBoard();
         return;
     }
     const QPointF mid((q.x() + p.x()) * 0.5, (q.y() + p.y()) * 0.5);
-    switch (d->m_gesture.mode) {
+    switch (m_gesture.mode) {
     case DoodleActionModeBrush:
     case DoodleActionModeEraser:
-        d->moveStroke(q, mid, p);
+        moveStroke(q, mid, p);
         break;
     case DoodleActionModeRectangle:
     case DoodleActionModeEllipse:
-        d->moveBox(mid);
+        moveBox(mid);
         break;
     case DoodleActionModeArrow:
-        d->moveArrow(mid);
+        moveArrow(mid);
         break;
     default:
         break;
     }
 }
 
-void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
-                                     const QPointF &point)
+void DoodleBoardCore::moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point)
 {
     m_path.quadTo(control, mid);
     // Only the new segment is drawn: the preview (and the eraser's live
@@ -267,41 +254,44 @@ void DoodleLayoutPrivate::moveStroke(const QPointF &control, const QPointF &mid,
     segment.quadTo(control, mid);
     m_strokeEnd = mid;
     if (m_gesture.mode == DoodleActionModeBrush) {
-        q->doodleView()->drawInTempWithPath(segment, m_gesture.width, m_gesture.color,
-                                            kPreviewCanvas);
+        if (DoodleSurface *preview = m_canvas->previewSurface(kPreviewCanvas))
+            preview->drawPath(segment, m_gesture.width, m_gesture.color);
         drawTail(mid, point);
     } else {
-        cacheSurface()->eraseInCacheWithPath(segment, m_gesture.width);
+        cacheSurface()->erasePath(segment, m_gesture.width);
         m_liveErased |= cacheSurface()->lastPaintedRect();
     }
     m_drawPathDidMoved = true;
-    const QPointF logic = q->logicFromNormal(point);
+    const QPointF logic = logicFromNormal(point);
     m_doodleDraw->addPointWithPositionX(float(logic.x()), float(logic.y()), kTimeInterval);
 }
 
-void DoodleLayoutPrivate::moveBox(const QPointF &mid)
+void DoodleBoardCore::moveBox(const QPointF &mid)
 {
     m_rect.setSize(QSizeF(mid.x() - m_rect.x(), mid.y() - m_rect.y()));
-    if (m_gesture.mode == DoodleActionModeRectangle)
-        q->doodleView()->rectInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
-    else
-        q->doodleView()->ellipseInTempWithPath(m_rect, m_gesture.width, m_gesture.color);
+    if (DoodleSurface *preview = freshPreview()) {
+        if (m_gesture.mode == DoodleActionModeRectangle)
+            preview->drawRectangle(m_rect, m_gesture.width, m_gesture.color);
+        else
+            preview->drawEllipse(m_rect, m_gesture.width, m_gesture.color);
+    }
     m_drawPathDidMoved = true;
-    m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
-    m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
+    m_doodleDraw->setWidth(float(logicFromNormalWidth(m_rect.width())));
+    m_doodleDraw->setHeight(float(logicFromNormalHeight(m_rect.height())));
 }
 
-void DoodleLayoutPrivate::moveArrow(const QPointF &mid)
+void DoodleBoardCore::moveArrow(const QPointF &mid)
 {
     m_endPoint = mid;
-    q->doodleView()->arrowInTempWithStartPoint(m_startPoint, mid, m_gesture.width, m_gesture.color);
+    if (DoodleSurface *preview = freshPreview())
+        preview->drawArrow(m_startPoint, mid, m_gesture.width, m_gesture.color);
     m_drawPathDidMoved = true;
-    const QPointF logic = q->logicFromNormal(mid);
+    const QPointF logic = logicFromNormal(mid);
     m_doodleDraw->setEndX(float(logic.x()));
     m_doodleDraw->setEndY(float(logic.y()));
 }
 
-void DoodleLayoutPrivate::finishStrokeOffBoard()
+void DoodleBoardCore::finishStrokeOffBoard()
 {
     // The finger left the board: a stroke is committed at once; shapes wait.
     if (!m_hasPath)
@@ -312,37 +302,37 @@ void DoodleLayoutPrivate::finishStrokeOffBoard()
         abandonGesture();
 }
 
-QPointF DoodleLayoutPrivate::gestureEndPoint(const DoodleTouch &touch) const
+QPointF DoodleBoardCore::gestureEndPoint(const DoodleTouch &touch) const
 {
     // Deliberately the previous location, pulled inside when off the board.
     const QPointF end = touch.previousLocation;
-    return isOnBoard(end) ? end : q->limitTouchPoint(end, m_doodleView);
+    if (isOnBoard(end) || !m_canvas->isShown())
+        return end;
+    return limitTouchPoint(end, boardSize());
 }
 
-void DoodleLayout::touchesEnded(const DoodleTouch &touch)
+void DoodleBoardCore::gestureEnded(const DoodleTouch &touch)
 {
-    if (d->m_isMinToolBar)
-        return;
-    if (d->m_gesture.mode == DoodleActionModeText && d->m_textDraw)
-        d->commitOpenText(); // a tap away from an open field finishes it
-    else if (d->m_gesture.mode == DoodleActionModeText)
-        d->openTextEntry(d->gestureEndPoint(touch));
-    else if (d->m_doodleDraw && d->m_drawPathDidMoved)
-        d->finishGesture(d->gestureEndPoint(touch), false);
+    if (m_gesture.mode == DoodleActionModeText && m_textDraw)
+        commitOpenText(); // a tap away from an open field finishes it
+    else if (m_gesture.mode == DoodleActionModeText)
+        openTextEntry(gestureEndPoint(touch));
+    else if (m_doodleDraw && m_drawPathDidMoved)
+        finishGesture(gestureEndPoint(touch), false);
     else
-        d->abandonGesture(); // a tap: nothing drawn, nothing kept
+        abandonGesture(); // a tap: nothing drawn, nothing kept
 }
 
-void DoodleLayout::touchesCancelled(const DoodleTouch &touch)
+void DoodleBoardCore::gestureCancelled(const DoodleTouch &touch)
 {
     // A cancelled gesture is committed, not discarded; shapes keep their raw size.
-    if (d->m_doodleDraw && d->m_drawPathDidMoved)
-        d->finishGesture(d->gestureEndPoint(touch), true);
+    if (m_doodleDraw && m_drawPathDidMoved)
+        finishGesture(gestureEndPoint(touch), true);
     else
-        d->abandonGesture();
+        abandonGesture();
 }
 
-void DoodleLayoutPrivate::finishGesture(const QPointF &end, bool cancelled)
+void DoodleBoardCore::finishGesture(const QPointF &end, bool cancelled)
 {
     switch (m_gesture.mode) {
     case DoodleActionModeRectangle:
@@ -362,58 +352,53 @@ void DoodleLayoutPrivate::finishGesture(const QPointF &end, bool cancelled)
     commitGesture();
 }
 
-void DoodleLayoutPrivate::endBox(const QPointF &end, bool normalise)
+void DoodleBoardCore::endBox(const QPointF &end, bool normalise)
 {
     const QPointF origin = m_rect.topLeft();
     m_rect = normalise ? QRectF(std::min(origin.x(), end.x()), std::min(origin.y(), end.y()),
                                 std::abs(end.x() - origin.x()), std::abs(end.y() - origin.y()))
                        : QRectF(origin, QSizeF(end.x() - origin.x(), end.y() - origin.y()));
     if (normalise) {
-        const QPointF logic = q->logicFromNormal(m_rect.topLeft());
+        const QPointF logic = logicFromNormal(m_rect.topLeft());
         m_doodleDraw->setX(float(logic.x()));
         m_doodleDraw->setY(float(logic.y()));
     }
-    m_doodleDraw->setWidth(float(q->logicFromNormalWidth(m_rect.width())));
-    m_doodleDraw->setHeight(float(q->logicFromNormalHeight(m_rect.height())));
+    m_doodleDraw->setWidth(float(logicFromNormalWidth(m_rect.width())));
+    m_doodleDraw->setHeight(float(logicFromNormalHeight(m_rect.height())));
 }
 
-void DoodleLayoutPrivate::endArrow(const QPointF &end)
+void DoodleBoardCore::endArrow(const QPointF &end)
 {
-    const QPointF logic = q->logicFromNormal(end);
+    const QPointF logic = logicFromNormal(end);
     m_doodleDraw->setEndX(float(logic.x()));
     m_doodleDraw->setEndY(float(logic.y()));
 }
 
-void DoodleLayoutPrivate::openTextEntry(const QPointF &end)
+void DoodleBoardCore::openTextEntry(const QPointF &end)
 {
     closeTextField();
     resetGesture();
     m_textDraw = newAction(DoodleActionTypeText);
     m_textDraw->setBrushWidth(0);
-    const QPointF logic = q->logicFromNormal(end);
+    const QPointF logic = logicFromNormal(end);
     m_textDraw->setX(float(logic.x()));
     m_textDraw->setY(float(logic.y()));
-    m_textDraw->setTextSize(float(q->logicFromNormalWidth(m_gesture.width)));
-    q->doodleView()->textInTempWithStartPoint(end, QString(), m_gesture.width, m_gesture.color,
-                                              kTextCanvas);
+    m_textDraw->setTextSize(float(logicFromNormalWidth(m_gesture.width)));
+    m_canvas->openTextEntry(end, m_gesture.width, m_gesture.color, kTextCanvas);
 }
 
-void DoodleLayoutPrivate::closeTextField()
+void DoodleBoardCore::closeTextField()
 {
     m_textDraw.reset();
-    if (m_doodleView) {
-        if (ZQDoodleDrawView *canvas = m_doodleView->getTempCanvas(kTextCanvas))
-            canvas->cleanAllPath();
-    }
+    m_canvas->cleanPreview(kTextCanvas, true);
 }
 
-void DoodleLayoutPrivate::commitOpenText()
+void DoodleBoardCore::commitOpenText()
 {
     const DoodleActionPtr action = m_textDraw;
     if (!action)
         return;
-    const QLineEdit *field = m_doodleView ? m_doodleView->tempTextField() : nullptr;
-    const QString text = field ? field->text() : QString();
+    const QString text = m_canvas->textEntryText();
     closeTextField();
     // A blank text would draw nothing, yet the next undo would take it back.
     if (text.trimmed().isEmpty())
@@ -423,16 +408,4 @@ void DoodleLayoutPrivate::commitOpenText()
     // the text size and colour the field was opened with.
     if (commitAction(action))
         noteAppended();
-}
-
-void DoodleLayout::textEditDone(QLineEdit *textField)
-{
-    if (textField && d->m_doodleView && textField == d->m_doodleView->tempTextField())
-        d->commitOpenText();
-}
-
-void DoodleLayout::textEditCancelled(QLineEdit *textField)
-{
-    if (textField && d->m_doodleView && textField == d->m_doodleView->tempTextField())
-        d->closeTextField();
 }

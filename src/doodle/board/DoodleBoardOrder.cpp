@@ -1,6 +1,6 @@
-// Board controller: one order on every board (order stamps), the state a
+// The board's core: one order on every board (order stamps), the state a
 // board hands to another, its fingerprint, and moderation.
-#include "DoodleLayout_p.h"
+#include "DoodleBoardCore_p.h"
 
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
@@ -137,17 +137,17 @@ size_t qHash(const DoodleStamp &stamp, size_t seed)
     return qHashMulti(seed, stamp.clock, stamp.sender);
 }
 
-DoodleStamp DoodleLayoutPrivate::stampOf(const DoodleCacheEntry &entry)
+DoodleStamp DoodleBoardCore::stampOf(const DoodleCacheEntry &entry)
 {
     return DoodleStamp{entry.action->seqNo(), entry.owner};
 }
 
-void DoodleLayoutPrivate::observeClock(quint64 clock)
+void DoodleBoardCore::observeClock(quint64 clock)
 {
     m_clock = std::min(std::max(m_clock, clock), kLargestStamp);
 }
 
-quint64 DoodleLayoutPrivate::nextStamp()
+quint64 DoodleBoardCore::nextStamp()
 {
     observeClock(m_clock + 1);
     return m_clock;
@@ -155,7 +155,7 @@ quint64 DoodleLayoutPrivate::nextStamp()
 
 // A drawing counts by its stamp (none for a peer without stamps), its owner and
 // what it shows, so boards that hold different drawings under one stamp differ.
-quint64 DoodleLayoutPrivate::entryHash(const QString &owner, const DoodleAction &action)
+quint64 DoodleBoardCore::entryHash(const QString &owner, const DoodleAction &action)
 {
     Fnv1a hash;
     hash.add(quint64('d'));
@@ -167,7 +167,7 @@ quint64 DoodleLayoutPrivate::entryHash(const QString &owner, const DoodleAction 
 
 // A drawing without a stamp anchored in a shared order counts by its place too:
 // boards that hold it in different places differ.
-quint64 DoodleLayoutPrivate::anchoredHash(quint64 content, const DoodleAnchor &anchor)
+quint64 DoodleBoardCore::anchoredHash(quint64 content, const DoodleAnchor &anchor)
 {
     Fnv1a hash;
     hash.add(quint64('a'));
@@ -178,7 +178,7 @@ quint64 DoodleLayoutPrivate::anchoredHash(quint64 content, const DoodleAnchor &a
     return hash.value();
 }
 
-std::optional<DoodleAnchor> DoodleLayoutPrivate::anchorOf(const DoodleCacheEntry &entry)
+std::optional<DoodleAnchor> DoodleBoardCore::anchorOf(const DoodleCacheEntry &entry)
 {
     if (!entry.anchored)
         return std::nullopt;
@@ -188,7 +188,7 @@ std::optional<DoodleAnchor> DoodleLayoutPrivate::anchorOf(const DoodleCacheEntry
 // Each entry's hash was taken once, when it was added. The fingerprint is
 // their sum: two equal copies of a drawing without a stamp count twice, where
 // they would cancel out in an exclusive or.
-void DoodleLayoutPrivate::recomputeFingerprint()
+void DoodleBoardCore::recomputeFingerprint()
 {
     m_fingerprint = m_lastClear ? stampHash('c', *m_lastClear) : 0;
     m_unstampedCount = 0;
@@ -199,9 +199,8 @@ void DoodleLayoutPrivate::recomputeFingerprint()
     scheduleCommandUpdate();
 }
 
-void DoodleLayoutPrivate::insertEntry(qsizetype index, const DoodleActionPtr &action,
-                                      const QString &owner,
-                                      const std::optional<DoodleAnchor> &anchor)
+void DoodleBoardCore::insertEntry(qsizetype index, const DoodleActionPtr &action,
+                                  const QString &owner, const std::optional<DoodleAnchor> &anchor)
 {
     quint64 hash = entryHash(owner, *action);
     m_doodlePathCache.insertAction(index, action, owner);
@@ -223,7 +222,7 @@ void DoodleLayoutPrivate::insertEntry(qsizetype index, const DoodleActionPtr &ac
 // they arrived, so nothing goes before them. With such entries on the board
 // the stamped ones may not all be in order, and a copy is looked for through
 // the whole cache.
-qsizetype DoodleLayoutPrivate::insertionIndex(const DoodleStamp &stamp, bool *duplicate) const
+qsizetype DoodleBoardCore::insertionIndex(const DoodleStamp &stamp, bool *duplicate) const
 {
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     qsizetype index = entries.size();
@@ -246,7 +245,7 @@ qsizetype DoodleLayoutPrivate::insertionIndex(const DoodleStamp &stamp, bool *du
     return index;
 }
 
-bool DoodleLayoutPrivate::receiveDrawing(const DoodleActionPtr &action, const QString &owner)
+bool DoodleBoardCore::receiveDrawing(const DoodleActionPtr &action, const QString &owner)
 {
     qsizetype index = m_doodlePathCache.size();
     std::optional<DoodleAnchor> anchor;
@@ -276,12 +275,12 @@ bool DoodleLayoutPrivate::receiveDrawing(const DoodleActionPtr &action, const QS
         }
     }
     insertEntry(index, action, owner, anchor);
-    if (!m_batch && q->isViewLoaded())
+    if (!m_batch && m_canvas->isShown())
         placeEntry(index);
     return true;
 }
 
-void DoodleLayoutPrivate::placeEntry(qsizetype index)
+void DoodleBoardCore::placeEntry(qsizetype index)
 {
     if (index == m_doodlePathCache.size() - 1) {
         drawEntry(index);
@@ -296,14 +295,14 @@ void DoodleLayoutPrivate::placeEntry(qsizetype index)
     }
     // Nothing ordered after it touches its pixels, so drawing it last gives
     // the same picture; the savepoints that lack it get it the same way.
-    ZQDoodleDrawView *canvas = cacheSurface();
+    DoodleSurface *canvas = cacheSurface();
     const DoodleAction &action = *m_doodlePathCache.entries().at(index).action;
     paint(action);
     for (DoodleSavepoint &save : m_saves) {
         if (!save.stale)
             continue;
         save.stale = false;
-        if (save.picture.size() != canvas->cacheImage().size()) {
+        if (save.picture.size() != canvas->picture().size()) {
             save.count = -1;
             continue;
         }
@@ -313,9 +312,9 @@ void DoodleLayoutPrivate::placeEntry(qsizetype index)
     }
 }
 
-QRect DoodleLayoutPrivate::measureEntry(qsizetype index)
+QRect DoodleBoardCore::measureEntry(qsizetype index)
 {
-    ZQDoodleDrawView *canvas = cacheSurface();
+    DoodleSurface *canvas = cacheSurface();
     canvas->setMeasuring(true);
     const QRect rect = paint(*m_doodlePathCache.entries().at(index).action);
     canvas->setMeasuring(false);
@@ -323,7 +322,7 @@ QRect DoodleLayoutPrivate::measureEntry(qsizetype index)
     return rect;
 }
 
-bool DoodleLayoutPrivate::overlapsLaterEntries(qsizetype index, const QRect &rect) const
+bool DoodleBoardCore::overlapsLaterEntries(qsizetype index, const QRect &rect) const
 {
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     for (qsizetype i = index + 1; i < entries.size(); ++i) {
@@ -333,31 +332,31 @@ bool DoodleLayoutPrivate::overlapsLaterEntries(qsizetype index, const QRect &rec
     return false;
 }
 
-void DoodleLayoutPrivate::beginBatch()
+void DoodleBoardCore::beginBatch()
 {
     m_batch = DoodleBatch();
 }
 
-void DoodleLayoutPrivate::batchChange(qsizetype inserted, const QRectF &removed)
+void DoodleBoardCore::batchChange(qsizetype inserted, const QRectF &removed)
 {
     DoodleBatch &batch = *m_batch;
     batch.whole = batch.whole || ++batch.changes > kBatchLimit;
-    if (batch.whole || !q->isViewLoaded())
+    if (batch.whole || !m_canvas->isShown())
         return;
     batch.region |= inserted >= 0 ? QRectF(measureEntry(inserted)) : removed;
 }
 
-void DoodleLayoutPrivate::endBatch()
+void DoodleBoardCore::endBatch()
 {
     const DoodleBatch batch = *m_batch;
     m_batch.reset();
     if (batch.whole)
         redrawAfterClear();
-    else if (batch.changes > 0 && q->isViewLoaded())
+    else if (batch.changes > 0 && m_canvas->isShown())
         redrawRegion(batch.region);
 }
 
-void DoodleLayoutPrivate::removeEntry(qsizetype index)
+void DoodleBoardCore::removeEntry(qsizetype index)
 {
     const DoodleCacheEntry removed = m_doodlePathCache.takeAt(index);
     if (!removed.action)
@@ -371,11 +370,11 @@ void DoodleLayoutPrivate::removeEntry(qsizetype index)
     shiftSavepoints(index, -1);
     if (m_batch)
         batchChange(-1, removed.drawnRect);
-    else if (q->isViewLoaded())
+    else if (m_canvas->isShown())
         redrawRegion(removed.drawnRect);
 }
 
-void DoodleLayoutPrivate::rememberUndone(const DoodleStamp &stamp)
+void DoodleBoardCore::rememberUndone(const DoodleStamp &stamp)
 {
     m_undone.insert(stamp);
     if (m_undone.size() <= kMaxTombstones)
@@ -391,7 +390,7 @@ void DoodleLayoutPrivate::rememberUndone(const DoodleStamp &stamp)
     m_undone.removeIf([oldest](const DoodleStamp &s) { return s.clock < oldest; });
 }
 
-qsizetype DoodleLayoutPrivate::lastIndexOwnedBy(const QString &owner) const
+qsizetype DoodleBoardCore::lastIndexOwnedBy(const QString &owner) const
 {
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     for (qsizetype i = entries.size() - 1; i >= 0; --i) {
@@ -401,7 +400,7 @@ qsizetype DoodleLayoutPrivate::lastIndexOwnedBy(const QString &owner) const
     return -1;
 }
 
-void DoodleLayoutPrivate::undoStamped(const QString &owner, quint64 clock)
+void DoodleBoardCore::undoStamped(const QString &owner, quint64 clock)
 {
     observeClock(clock);
     const DoodleStamp stamp{clock, owner};
@@ -415,7 +414,7 @@ void DoodleLayoutPrivate::undoStamped(const QString &owner, quint64 clock)
     rememberUndone(stamp); // its drawing may still be on its way
 }
 
-bool DoodleLayoutPrivate::applyClear(const DoodleStamp &stamp)
+bool DoodleBoardCore::applyClear(const DoodleStamp &stamp)
 {
     observeClock(stamp.clock);
     if (m_lastClear && !(*m_lastClear < stamp))
@@ -435,36 +434,21 @@ bool DoodleLayoutPrivate::applyClear(const DoodleStamp &stamp)
     return removed > 0;
 }
 
-void DoodleLayoutPrivate::redrawAfterClear()
+void DoodleBoardCore::redrawAfterClear()
 {
-    if (!q->isViewLoaded())
+    if (!m_canvas->isShown())
         return;
     if (m_doodlePathCache.size() == 0)
-        q->cleanDoodleCaches();
+        clearCache();
     else
-        q->drawCachePath();
+        redrawAll();
 }
 
-quint64 DoodleLayout::clock() const
-{
-    return d->m_clock;
-}
-
-void DoodleLayout::advanceClock(quint64 atLeast)
-{
-    d->observeClock(atLeast);
-}
-
-quint64 DoodleLayout::fingerprint() const
-{
-    return d->m_fingerprint;
-}
-
-QString DoodleLayout::exportState() const
+QString DoodleBoardCore::exportState() const
 {
     QJsonArray actions;
     qsizetype bytes = 0;
-    const QList<DoodleCacheEntry> &entries = d->m_doodlePathCache.entries();
+    const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     // The newest drawings first, up to the bound; then back in order. Drawings
     // without a stamp keep their place among the stamped ones.
     for (qsizetype i = entries.size() - 1; i >= 0; --i) {
@@ -476,23 +460,23 @@ QString DoodleLayout::exportState() const
             break;
         }
         QJsonArray pair{entries.at(i).owner, text};
-        if (const auto anchor = DoodleLayoutPrivate::anchorOf(entries.at(i)))
+        if (const auto anchor = DoodleBoardCore::anchorOf(entries.at(i)))
             pair.append(anchorJson(*anchor));
         actions.prepend(pair);
     }
     QJsonArray undone;
-    for (const DoodleStamp &stamp : std::as_const(d->m_undone))
+    for (const DoodleStamp &stamp : std::as_const(m_undone))
         undone.append(stampJson(stamp));
     QJsonObject state{{QStringLiteral("doodle_state"), 1},
-                      {QStringLiteral("clock"), qint64(d->m_clock)},
+                      {QStringLiteral("clock"), qint64(m_clock)},
                       {QStringLiteral("undone"), undone},
                       {QStringLiteral("actions"), actions}};
-    if (d->m_lastClear)
-        state.insert(QStringLiteral("clear"), stampJson(*d->m_lastClear));
+    if (m_lastClear)
+        state.insert(QStringLiteral("clear"), stampJson(*m_lastClear));
     return QString::fromUtf8(QJsonDocument(state).toJson(QJsonDocument::Compact));
 }
 
-bool DoodleLayout::mergeState(const QString &text)
+bool DoodleBoardCore::mergeState(const QString &text)
 {
     if (text.size() > kMaxStateBytes) {
         qCWarning(lcDoodle, "a state of %lld characters is over the bound; not merged",
@@ -504,21 +488,21 @@ bool DoodleLayout::mergeState(const QString &text)
         qCWarning(lcDoodle, "not a board state; not merged");
         return false;
     }
-    d->observeClock(quint64(std::max<qint64>(0, state.value(QStringLiteral("clock")).toInteger())));
+    observeClock(quint64(std::max<qint64>(0, state.value(QStringLiteral("clock")).toInteger())));
     // One redraw for the whole merge, of what it changed.
-    d->beginBatch();
+    beginBatch();
     const auto clear = stampFrom(state.value(QStringLiteral("clear")));
-    if (clear && d->applyClear(*clear))
-        d->m_batch->whole = true;
-    d->mergeUndone(state.value(QStringLiteral("undone")).toArray());
+    if (clear && applyClear(*clear))
+        m_batch->whole = true;
+    mergeUndone(state.value(QStringLiteral("undone")).toArray());
     // The state's drawings without a stamp came after its clear; a later clear
     // here removes them, as it did the ones this board held.
-    d->mergeActions(state.value(QStringLiteral("actions")).toArray(), clear == d->m_lastClear);
-    d->endBatch();
+    mergeActions(state.value(QStringLiteral("actions")).toArray(), clear == m_lastClear);
+    endBatch();
     return true;
 }
 
-void DoodleLayoutPrivate::mergeUndone(const QJsonArray &undone)
+void DoodleBoardCore::mergeUndone(const QJsonArray &undone)
 {
     for (const QJsonValue &value : undone) {
         const auto stamp = stampFrom(value);
@@ -533,7 +517,7 @@ void DoodleLayoutPrivate::mergeUndone(const QJsonArray &undone)
     }
 }
 
-void DoodleLayoutPrivate::mergeActions(const QJsonArray &actions, bool takeUnstamped)
+void DoodleBoardCore::mergeActions(const QJsonArray &actions, bool takeUnstamped)
 {
     // The drawings without a stamp this board holds, by hash: a copy in the
     // state is taken only beyond as many as are here.
@@ -572,8 +556,8 @@ void DoodleLayoutPrivate::mergeActions(const QJsonArray &actions, bool takeUnsta
 // holds at an earlier place (it joined late, or was away, and could not know
 // what came before) moves to the later one: boards that compare states end
 // with one place.
-void DoodleLayoutPrivate::mergeAnchored(const QString &owner, const DoodleActionPtr &action,
-                                        const DoodleAnchor &anchor)
+void DoodleBoardCore::mergeAnchored(const QString &owner, const DoodleActionPtr &action,
+                                    const DoodleAnchor &anchor)
 {
     bool present = false;
     anchoredIndex(anchor, &present);
@@ -587,8 +571,8 @@ void DoodleLayoutPrivate::mergeAnchored(const QString &owner, const DoodleAction
     insertEntry(anchoredIndex(anchor, &present), action, owner, anchor);
 }
 
-qsizetype DoodleLayoutPrivate::earlierCopy(const QString &owner, const DoodleAction &action,
-                                           const DoodleAnchor &anchor) const
+qsizetype DoodleBoardCore::earlierCopy(const QString &owner, const DoodleAction &action,
+                                       const DoodleAnchor &anchor) const
 {
     const quint64 content = entryHash(owner, action);
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
@@ -605,7 +589,7 @@ qsizetype DoodleLayoutPrivate::earlierCopy(const QString &owner, const DoodleAct
 // Where a drawing anchored in the shared order goes: after every stamped entry
 // up to its anchor, every anchored one before it, and unanchored ones, which
 // stay where they arrived. `present`: one is there already.
-qsizetype DoodleLayoutPrivate::anchoredIndex(const DoodleAnchor &anchor, bool *present) const
+qsizetype DoodleBoardCore::anchoredIndex(const DoodleAnchor &anchor, bool *present) const
 {
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     qsizetype index = entries.size();
@@ -627,7 +611,7 @@ qsizetype DoodleLayoutPrivate::anchoredIndex(const DoodleAnchor &anchor, bool *p
 
 // Every board hears the same order: a stamped drawing or clear is the anchor
 // of the drawings without a stamp that follow it, numbered from 0.
-void DoodleLayoutPrivate::noteChannelOrder(const DoodleAction &action, const QString &sender)
+void DoodleBoardCore::noteChannelOrder(const DoodleAction &action, const QString &sender)
 {
     const qint64 type = action.actionType();
     const bool drawn = doodleIsDrawnActionType(type);
@@ -644,22 +628,12 @@ void DoodleLayoutPrivate::noteChannelOrder(const DoodleAction &action, const QSt
     m_channelRank = 0;
 }
 
-void DoodleLayout::setSharedOrder(bool shared)
+void DoodleBoardCore::noteEcho(const QString &text)
 {
-    d->m_sharedOrder = shared;
-}
-
-bool DoodleLayout::hasSharedOrder() const
-{
-    return d->m_sharedOrder;
-}
-
-void DoodleLayout::onDoodleTextEchoed(const QString &text)
-{
-    if (!d->textWithinLimit(d->m_userId, text))
+    if (!textWithinLimit(m_userId, text))
         return;
     if (const DoodleActionPtr action = DoodleTranslate::doodleActionFromString(text))
-        d->noteChannelOrder(*action, d->m_userId);
+        noteChannelOrder(*action, m_userId);
 }
 
 // A drawing without a stamp has nothing to order it by. Merged, it goes right
@@ -667,7 +641,7 @@ void DoodleLayout::onDoodleTextEchoed(const QString &text)
 // behind the unstamped ones this board already has there, as if it arrived
 // now: so it covers, and is covered by, the same stamped drawings as on the
 // sender's board, and those that reach every board live keep their place.
-qsizetype DoodleLayoutPrivate::unstampedIndex(const std::optional<DoodleStamp> &after) const
+qsizetype DoodleBoardCore::unstampedIndex(const std::optional<DoodleStamp> &after) const
 {
     const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
     qsizetype index = 0;
@@ -687,32 +661,19 @@ qsizetype DoodleLayoutPrivate::unstampedIndex(const std::optional<DoodleStamp> &
     return index;
 }
 
-void DoodleLayout::setMuted(const QString &userId, bool muted)
-{
-    if (muted)
-        d->m_muted.insert(userId);
-    else
-        d->m_muted.remove(userId);
-}
-
-bool DoodleLayout::isMuted(const QString &userId) const
-{
-    return d->m_muted.contains(userId);
-}
-
-void DoodleLayout::removeDrawingsOf(const QString &userId)
+void DoodleBoardCore::removeDrawingsOf(const QString &userId)
 {
     // Newest first, so the indices still to visit stay where they are.
-    d->beginBatch();
-    for (qsizetype i = d->lastIndexOwnedBy(userId); i >= 0; --i) {
-        const QString &owner = d->m_doodlePathCache.entries().at(i).owner;
+    beginBatch();
+    for (qsizetype i = lastIndexOwnedBy(userId); i >= 0; --i) {
+        const QString &owner = m_doodlePathCache.entries().at(i).owner;
         if (!owner.isNull() && owner == userId)
-            d->removeEntry(i);
+            removeEntry(i);
     }
-    d->endBatch();
+    endBatch();
 }
 
-void DoodleLayoutPrivate::forgetOrder()
+void DoodleBoardCore::forgetOrder()
 {
     // The clock keeps counting: stamps this board sends never repeat.
     m_lastClear.reset();

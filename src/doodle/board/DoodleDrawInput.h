@@ -1,5 +1,7 @@
 #pragma once
 
+#include <doodle/DoodleExport.h>
+
 #include <QFont>
 #include <QPainterPath>
 #include <QPointF>
@@ -13,7 +15,7 @@
 // Checks and bounds for the numbers a drawing primitive is given, so that no
 // input makes a primitive crash, hang or allocate without limit. Internal to
 // the canvas.
-class DoodleDrawInput
+class DOODLE_EXPORT DoodleDrawInput
 {
 public:
     static bool isFinite(const QPointF &point);

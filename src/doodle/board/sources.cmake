@@ -1,0 +1,30 @@
+# The board's core: what the board is, whatever toolkit shows it. It builds
+# as its own object library that sees only Qt Core and Gui, so a widget or
+# Quick header included here fails the build; its objects go into the library.
+add_library(doodle_board OBJECT
+    doodle/board/DoodleBoardCanvas_p.h
+    doodle/board/DoodleBoardCommands.cpp
+    doodle/board/DoodleBoardCoordinates.cpp
+    doodle/board/DoodleBoardCore_p.h
+    doodle/board/DoodleBoardGestures.cpp
+    doodle/board/DoodleBoardLimits.cpp
+    doodle/board/DoodleBoardOrder.cpp
+    doodle/board/DoodleBoardReplay.cpp
+    doodle/board/DoodleBoardTypes.h
+    doodle/board/DoodleDrawInput.cpp
+    doodle/board/DoodleDrawInput.h
+    doodle/board/DoodleSurface.cpp)
+target_include_directories(doodle_board PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}
+    ${CMAKE_CURRENT_BINARY_DIR})
+target_compile_definitions(doodle_board PRIVATE doodle_EXPORTS)
+set_target_properties(doodle_board PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+target_link_libraries(doodle_board PRIVATE Qt6::Core Qt6::Gui)
+doodle_use_build_flags(doodle_board)
+
+target_sources(doodle PRIVATE $<TARGET_OBJECTS:doodle_board>)
+target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+    doodle/board/DoodleBoardTypes.h
+    doodle/board/DoodleSurface.h)

@@ -1,0 +1,69 @@
+#pragma once
+
+// The Quick board's private state: the board's core with a canvas of plain
+// surfaces that the item paints, and the text input an entry opens.
+#include "DoodleBoard.h"
+
+#include <doodle/board/DoodleBoardCore_p.h>
+
+#include <QPointer>
+
+class QQuickItem;
+
+class DoodleQuickCanvas : public DoodleBoardCanvas
+{
+public:
+    explicit DoodleQuickCanvas(DoodleBoard *item);
+
+    bool isShown() const override { return !boardSize().isEmpty(); }
+    QSizeF boardSize() const override;
+    DoodleSurface &cacheSurface() override { return m_cache; }
+    DoodleSurface *previewSurface(quint64 index) override;
+    void cleanPreview(quint64 index, bool release) override;
+    void openTextEntry(const QPointF &point, double textSize, const QColor &color,
+                       quint64 index) override;
+    QString textEntryText() const override;
+
+    // Paints the cache and then every preview, in the item's points.
+    void paint(QPainter &painter, const QRect &area) const;
+
+private:
+    void prepare(DoodleSurface &surface);
+    void closeTextEntry();
+
+    DoodleBoard *m_item;
+    DoodleSurface m_cache;
+    DoodleSurface m_previews[3]; // previews, the text entry's, a stroke's tail
+    QPointer<QQuickItem> m_textInput;
+    quint64 m_textIndex = 0; // the preview the text entry is on
+};
+
+class DoodleBoardPrivate : public DoodleBoardCore
+{
+public:
+    explicit DoodleBoardPrivate(DoodleBoard *item);
+
+    void scheduleCommandUpdate() override {}
+    void actionGenerated(const DoodleActionPtr &action) override;
+    void notifyCleared(const QString &userId) override;
+    // Where the board sits in the item: all of it, or letterboxed to the aspect.
+    QRect frame() const { return letterboxed(m_boardAspect, QRect(QPoint(), q->size().toSize())); }
+    // The board's picture at that scale: its background, then the cache and
+    // the previews pixel for pixel when the scale is the surfaces' own.
+    QImage composed(double scale) const;
+    // The picture the item shows, composed again where it changed.
+    const QImage &frameImage(double scale);
+    // Composes the item's area (points) of its picture into `image`.
+    void compose(QImage &image, const QRect &area) const;
+    // The item's area (points) changed and is shown again.
+    void changed(const QRect &area);
+
+    DoodleBoard *q;
+    QColor m_backgroundColor = Qt::white;
+    QString m_waterString;
+    bool m_editable = true;
+    QImage m_frame;          // the picture last shown
+    QRect m_dirty;           // what changed since, in the item's points
+    bool m_touching = false; // a gesture under way
+    QPointF m_lastPoint;     // where it was at the previous event
+};

@@ -1,0 +1,228 @@
+// The Quick board and the Widgets board over one core: the same sessions give
+// the same pixels, and the same gestures the same texts.
+#include "../controller/BoardHarness.h"
+#include "../toolbar/ToolbarTesting.h"
+
+#include <DoodleBoard.h>
+
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+#include <QtTest>
+
+namespace {
+
+const QSize kBoard(180, 140);
+
+DoodleActionPtr textAction(const QString &user, const QPointF &at, const QString &text)
+{
+    auto action = std::make_shared<DoodleAction>();
+    action->setActionType(DoodleActionTypeText);
+    action->setUserId(user);
+    action->setBrushColor(QColor(20, 120, 40));
+    action->setX(float(at.x()));
+    action->setY(float(at.y()));
+    action->setText(text);
+    action->setTextSize(0.12f);
+    return action;
+}
+
+// A Widgets board as a user sees it: shown, on white, its bar out of the way.
+struct WidgetBoard : Participant
+{
+    WidgetBoard() : Participant(QStringLiteral("me"), kBoard)
+    {
+        board.showToolBar();
+        board.hideToolBar(true);
+        board.setBackgroundColor(Qt::white);
+        board.view()->show();
+        QApplication::setActiveWindow(board.view());
+        if (!QTest::qWaitForWindowActive(board.view()))
+            qWarning("the widget board's window did not become active");
+    }
+    QImage picture() { return board.doodleView()->convertViewToImage(); }
+    QStringList texts() const
+    {
+        QStringList all;
+        for (const DoodleActionPtr &action : host.generated)
+            all << DoodleTranslate::stringFromDoodleAction(action);
+        return all;
+    }
+};
+
+// The Quick board alone in a window of its size.
+struct QuickBoard
+{
+    QuickBoard()
+    {
+        window.resize(kBoard);
+        board = new DoodleBoard(window.contentItem());
+        board->setSize(kBoard);
+        board->setUserId(QStringLiteral("me"));
+        QObject::connect(board, &DoodleBoard::actionGenerated,
+                         [this](const QString &text) { texts << text; });
+        window.show();
+        if (!QTest::qWaitForWindowExposed(&window))
+            qWarning("the Quick board's window was not exposed");
+    }
+    QImage picture() { return window.grabWindow(); }
+
+    QQuickWindow window;
+    DoodleBoard *board = nullptr;
+    QStringList texts;
+};
+
+// The Quick board's picture where the widget board sits: with an aspect,
+// without the margins.
+QImage boardPicture(QuickBoard &quick, WidgetBoard &widget)
+{
+    const QRect frame = widget.board.doodleView()->geometry();
+    const double scale = quick.window.effectiveDevicePixelRatio();
+    return quick.picture().copy(
+        QRectF(QPointF(frame.topLeft()) * scale, QSizeF(frame.size()) * scale).toAlignedRect());
+}
+
+void sendToBoth(WidgetBoard &widget, QuickBoard &quick, const DoodleActionPtr &action)
+{
+    const QString text = DoodleTranslate::stringFromDoodleAction(action);
+    widget.board.onDoodleTextReceived(action->userId(), text);
+    quick.board->receiveText(action->userId(), text);
+}
+
+void dragQuick(QQuickWindow &window, const QList<QPoint> &points)
+{
+    for (qsizetype i = 0; i < points.size(); ++i) {
+        const QPoint p = points.at(i);
+        if (i == 0)
+            QTest::mousePress(&window, Qt::LeftButton, {}, p);
+        else if (i + 1 == points.size())
+            QTest::mouseRelease(&window, Qt::LeftButton, {}, p);
+        else
+            QTest::mouseMove(&window, p);
+    }
+}
+
+} // namespace
+
+class TestQuickEquivalence : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase()
+    {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        qInfo("screen scale %g", DoodleScreen::scale());
+    }
+
+    void sameSessionsSamePixels_data()
+    {
+        QTest::addColumn<QList<DoodleActionPtr>>("session");
+        QTest::addColumn<QSizeF>("aspect");
+        const QString a = QStringLiteral("anna"), b = QStringLiteral("ben");
+        const auto line = [](const QString &user, double y, const QColor &color, float width) {
+            return strokeAction(user, {{-0.8, y}, {-0.2, y + 0.3}, {0.4, y - 0.2}, {0.9, y}}, color,
+                                width);
+        };
+        QTest::newRow("strokes and a dot")
+            << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.03f), line(b, 0.2, Qt::blue, 0.1f),
+                                      strokeAction(a, {{0.1, 0.1}, {0.1, 0.1}}, Qt::black, 0.05f)}
+            << QSizeF();
+        QTest::newRow("shapes") << QList<DoodleActionPtr>{boxAction(DoodleActionTypeRectangle, a,
+                                                                    {-0.7, -0.6, 0.8, 0.5}),
+                                                          boxAction(DoodleActionTypeEllipse, b,
+                                                                    {-0.2, -0.1, 0.9, 0.8},
+                                                                    Qt::darkCyan),
+                                                          boxAction(DoodleActionTypeArrow, a,
+                                                                    {-0.9, 0.8, 1.6, -1.5},
+                                                                    Qt::magenta)}
+                                << QSizeF();
+        QTest::newRow("eraser over strokes")
+            << QList<DoodleActionPtr>{line(a, -0.2, Qt::red, 0.2f), line(b, 0.3, Qt::blue, 0.1f),
+                                      strokeAction(b, {{-1, -1}, {0, 0}, {1, 1}}, Qt::black, 0.08f,
+                                                   DoodleActionTypeEraser)}
+            << QSizeF();
+        QTest::newRow("text") << QList<DoodleActionPtr>{textAction(a, {-0.8, -0.3}, "Hello"),
+                                                        line(b, 0.0, Qt::red, 0.02f)}
+                              << QSizeF();
+        QTest::newRow("shapes on a square board")
+            << QList<DoodleActionPtr>{boxAction(DoodleActionTypeEllipse, a, {-0.8, -0.8, 1.6, 1.6}),
+                                      line(b, 0.0, Qt::red, 0.05f)}
+            << QSizeF(1, 1);
+        QTest::newRow("undo and clear")
+            << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.05f), line(b, 0.0, Qt::blue, 0.05f),
+                                      commandAction(DoodleActionTypeUndo, a),
+                                      commandAction(DoodleActionTypeClean, b),
+                                      line(a, 0.5, Qt::darkGreen, 0.05f)}
+            << QSizeF();
+    }
+
+    void sameSessionsSamePixels()
+    {
+        QFETCH(QList<DoodleActionPtr>, session);
+        QFETCH(QSizeF, aspect);
+        WidgetBoard widget;
+        QuickBoard quick;
+        widget.board.setBoardAspect(aspect);
+        quick.board->setBoardAspect(aspect);
+        for (const DoodleActionPtr &action : session)
+            sendToBoth(widget, quick, action);
+        const QImage w = widget.picture();
+        const QImage q = boardPicture(quick, widget);
+        QCOMPARE(q.size(), w.size());
+        QImage blank(w.size(), QImage::Format_RGB32);
+        blank.fill(Qt::white);
+        QVERIFY(maxChannelDifference(w, blank, w.size()) > 0); // something to compare
+        QCOMPARE(maxChannelDifference(w, q, w.size()), 0);
+        QCOMPARE(quick.board->fingerprint(), QString::number(widget.board.fingerprint(), 16));
+    }
+
+    void sameGesturesSameTexts_data()
+    {
+        QTest::addColumn<qint64>("mode");
+        QTest::addColumn<QList<QPoint>>("points");
+        QTest::addColumn<int>("actions");
+        QTest::addColumn<QSizeF>("aspect");
+        // The pointer moves to where it is lifted, for both toolkits alike.
+        const QList<QPoint> path{{20, 30}, {40, 50}, {70, 60}, {110, 90}, {130, 95}, {130, 95}};
+        QTest::newRow("brush") << qint64(DoodleActionModeBrush) << path << 1 << QSizeF();
+        QTest::newRow("eraser") << qint64(DoodleActionModeEraser) << path << 1 << QSizeF();
+        QTest::newRow("rectangle") << qint64(DoodleActionModeRectangle) << path << 1 << QSizeF();
+        QTest::newRow("ellipse") << qint64(DoodleActionModeEllipse) << path << 1 << QSizeF();
+        QTest::newRow("arrow") << qint64(DoodleActionModeArrow) << path << 1 << QSizeF();
+        QTest::newRow("tap draws nothing")
+            << qint64(DoodleActionModeBrush) << QList<QPoint>{{50, 50}, {50, 50}} << 0 << QSizeF();
+        // On a square board the margins take no input and points are the board's.
+        QTest::newRow("brush on a square board")
+            << qint64(DoodleActionModeBrush) << path << 1 << QSizeF(1, 1);
+    }
+
+    void sameGesturesSameTexts()
+    {
+        QFETCH(qint64, mode);
+        QFETCH(QList<QPoint>, points);
+        QFETCH(int, actions);
+        QFETCH(QSizeF, aspect);
+        WidgetBoard widget;
+        QuickBoard quick;
+        widget.board.setBoardAspect(aspect);
+        quick.board->setBoardAspect(aspect);
+        // A stroke under the eraser, so that both erase the same pixels.
+        sendToBoth(widget, quick, strokeAction("ann", {{-1, -0.5}, {1, 0.5}}, Qt::blue, 0.1f));
+        widget.board.setActionMode(mode);
+        quick.board->setActionMode(int(mode));
+        widget.board.setBrushWidth(5);
+        quick.board->setBrushWidth(5);
+        widget.board.setEraserWidth(10);
+        quick.board->setEraserWidth(10);
+        widget.board.setBrushColor(Qt::red);
+        quick.board->setBrushColor(Qt::red);
+        drag(widget.board.view(), Input::Mouse, points);
+        dragQuick(quick.window, points);
+        QCOMPARE(widget.texts().size(), actions);
+        QCOMPARE(quick.texts, widget.texts());
+        const QImage w = widget.picture();
+        QCOMPARE(maxChannelDifference(w, boardPicture(quick, widget), w.size()), 0);
+    }
+};
+
+QTEST_MAIN(TestQuickEquivalence)
+#include "tst_QuickEquivalence.moc"

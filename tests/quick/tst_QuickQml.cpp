@@ -1,0 +1,130 @@
+// The Quick board driven from QML: the host picks the pen, a drag sends a
+// stroke, a received text draws one, undo and clear act as on the widget.
+#include <doodle/model/DoodleTranslate.h>
+
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QSGRendererInterface>
+#include <QtTest>
+
+namespace {
+
+QVariant call(QQuickItem *root, const char *function, const QVariantList &arguments = {})
+{
+    QVariant result;
+    switch (arguments.size()) {
+    case 0:
+        QMetaObject::invokeMethod(root, function, Q_RETURN_ARG(QVariant, result));
+        break;
+    default:
+        QMetaObject::invokeMethod(root, function, Q_RETURN_ARG(QVariant, result),
+                                  Q_ARG(QVariant, arguments.value(0)),
+                                  Q_ARG(QVariant, arguments.value(1)));
+        break;
+    }
+    return result;
+}
+
+QStringList sent(QQuickItem *root)
+{
+    return root->property("sent").toStringList();
+}
+
+// Pixels of the picture that are not the white background.
+int inkedPixels(const QImage &picture)
+{
+    const QImage image = picture.convertToFormat(QImage::Format_RGB32);
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            count += image.pixel(x, y) != qRgb(255, 255, 255);
+    return count;
+}
+
+} // namespace
+
+class TestQuickQml : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { QQuickWindow::setGraphicsApi(QSGRendererInterface::Software); }
+
+    void hostDrivesTheBoard()
+    {
+        QQuickView view;
+        view.engine()->addImportPath(QStringLiteral(DOODLE_QML_DIR));
+        view.setSource(QUrl::fromLocalFile(QStringLiteral(DOODLE_TEST_QML)));
+        QVERIFY2(view.status() == QQuickView::Ready, qPrintable(view.errors().value(0).toString()));
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QQuickItem *root = view.rootObject();
+
+        call(root, "usePen");
+        const QString empty = call(root, "fingerprint").toString();
+        QTest::mousePress(&view, Qt::LeftButton, {}, {20, 20});
+        QTest::mouseMove(&view, {60, 50});
+        QTest::mouseMove(&view, {100, 70});
+        QTest::mouseRelease(&view, Qt::LeftButton, {}, {120, 80});
+        QCOMPARE(sent(root).size(), 1);
+        const DoodleActionPtr stroke = DoodleTranslate::doodleActionFromString(sent(root).at(0));
+        QVERIFY(stroke);
+        QCOMPARE(stroke->actionType(), qint64(DoodleActionTypeStroke));
+        QCOMPARE(stroke->userId(), QStringLiteral("me"));
+        const int drawn = inkedPixels(view.grabWindow());
+        QVERIFY(drawn > 0);
+        QVERIFY(call(root, "fingerprint").toString() != empty);
+
+        // A stroke from another participant, as its text arrives.
+        auto other = std::make_shared<DoodleAction>();
+        other->setActionType(DoodleActionTypeStroke);
+        other->setUserId(QStringLiteral("ann"));
+        other->setBrushColor(Qt::blue);
+        other->setBrushWidth(0.05f);
+        other->addPointWithPositionX(-0.8f, 0.6f, 2);
+        other->addPointWithPositionX(0.8f, 0.7f, 2);
+        call(root, "receive", {"ann", DoodleTranslate::stringFromDoodleAction(other)});
+        const int both = inkedPixels(view.grabWindow());
+        QVERIFY(both > drawn);
+
+        // Undo takes back this user's stroke only, and sends an undo naming it.
+        call(root, "undo");
+        QCOMPARE(sent(root).size(), 2);
+        const DoodleActionPtr undo = DoodleTranslate::doodleActionFromString(sent(root).at(1));
+        QCOMPARE(undo->actionType(), qint64(DoodleActionTypeUndo));
+        QCOMPARE(undo->seqNo(), stroke->seqNo());
+        const int after = inkedPixels(view.grabWindow());
+        QVERIFY(after > 0 && after < both);
+
+        // Clear empties the board, sends a clear and tells who cleared.
+        call(root, "clear");
+        QCOMPARE(sent(root).size(), 3);
+        QCOMPARE(DoodleTranslate::doodleActionFromString(sent(root).at(2))->actionType(),
+                 qint64(DoodleActionTypeClean));
+        QCOMPARE(root->property("clearedBy").toString(), QStringLiteral("me"));
+        QCOMPARE(inkedPixels(view.grabWindow()), 0);
+    }
+
+    void textIsTypedIntoAQuickInput()
+    {
+        QQuickView view;
+        view.engine()->addImportPath(QStringLiteral(DOODLE_QML_DIR));
+        view.setSource(QUrl::fromLocalFile(QStringLiteral(DOODLE_TEST_QML)));
+        QVERIFY(view.status() == QQuickView::Ready);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        QQuickItem *root = view.rootObject();
+        call(root, "useText");
+        QTest::mouseClick(&view, Qt::LeftButton, {}, {30, 40});
+        QTest::keyClick(&view, Qt::Key_H);
+        QTest::keyClick(&view, Qt::Key_I);
+        QTest::keyClick(&view, Qt::Key_Return);
+        QCOMPARE(sent(root).size(), 1);
+        const DoodleActionPtr text = DoodleTranslate::doodleActionFromString(sent(root).at(0));
+        QCOMPARE(text->actionType(), qint64(DoodleActionTypeText));
+        QCOMPARE(text->text(), QStringLiteral("hi"));
+    }
+};
+
+QTEST_MAIN(TestQuickQml)
+#include "tst_QuickQml.moc"
