@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config
-    qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev
+    qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev zlib1g-dev
     libbenchmark-dev
     qt6-tools-dev qt6-l10n-tools
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window

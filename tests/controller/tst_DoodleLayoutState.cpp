@@ -1,7 +1,9 @@
 // A board's state: stamped order, clears that cross drawings in flight, state
 // hand-off to boards that were cut off or join late, fingerprints, moderation.
 #include "BoardHarness.h"
+
 #include "LogCapture.h"
+#include <QJsonDocument>
 
 #include <QtTest>
 
@@ -150,11 +152,28 @@ private slots:
         QCOMPARE(late.board.fingerprint(), before);
         QCOMPARE(maxChannelDifference(late.cache(), a.cache(), kBoard), 0);
         QVERIFY(late.board.clock() >= a.board.clock());
-        // Junk and another version of the state are refused and change nothing.
+        // The state travels deflated, and the plain form of earlier boards still merges.
+        const QByteArray packed = QByteArray::fromBase64(
+            QJsonDocument::fromJson(a.board.exportState().toUtf8())["deflated"]
+                .toString()
+                .toLatin1());
+        const QByteArray plain = qUncompress(QByteArray::fromHex("01000000") + packed);
+        QVERIFY(plain.startsWith("{\"actions\":") && plain.contains("\"doodle_state\":1"));
+        Participant old(QStringLiteral("old"), kBoard);
+        QVERIFY(old.board.mergeState(QString::fromUtf8(plain)));
+        QCOMPARE(old.board.fingerprint(), before);
+        // Junk, another version and a state that would inflate past the bound
+        // are refused, in bounded memory, and change nothing.
         LogCapture log;
         QVERIFY(!late.board.mergeState(QStringLiteral("{\"doodle")));
-        QVERIFY(!late.board.mergeState(QStringLiteral("{\"doodle_state\":2,\"actions\":[]}")));
-        QCOMPARE(log.lines(), QStringList(2, QStringLiteral("not a board state; not merged")));
+        QVERIFY(!late.board.mergeState(QStringLiteral("{\"doodle_state\":3,\"actions\":[]}")));
+        const QByteArray bomb = qCompress(QByteArray(80 << 20, ' '), 9).mid(4);
+        QVERIFY(!late.board.mergeState(QStringLiteral("{\"doodle_state\":2,\"deflated\":\"%1\"}")
+                                           .arg(QString::fromLatin1(bomb.toBase64()))));
+        QCOMPARE(log.lines(),
+                 QStringList({"not a board state; not merged", "not a board state; not merged",
+                              "a packed board state does not inflate within 67108864 bytes; not "
+                              "merged"}));
         QCOMPARE(late.board.fingerprint(), before);
     }
 

@@ -1,6 +1,7 @@
 // The board's core: one order on every board (order stamps), the state a
 // board hands to another, its fingerprint, and moderation.
 #include "DoodleBoardCore_p.h"
+#include "DoodleStateText_p.h"
 
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
@@ -473,7 +474,7 @@ QString DoodleBoardCore::exportState() const
                       {QStringLiteral("actions"), actions}};
     if (m_lastClear)
         state.insert(QStringLiteral("clear"), stampJson(*m_lastClear));
-    return QString::fromUtf8(QJsonDocument(state).toJson(QJsonDocument::Compact));
+    return DoodleStateText::pack(QJsonDocument(state).toJson(QJsonDocument::Compact));
 }
 
 bool DoodleBoardCore::mergeState(const QString &text)
@@ -483,7 +484,13 @@ bool DoodleBoardCore::mergeState(const QString &text)
                   static_cast<long long>(text.size()));
         return false;
     }
-    const QJsonObject state = QJsonDocument::fromJson(text.toUtf8()).object();
+    QString problem;
+    const std::optional<QByteArray> json = DoodleStateText::unpack(text, kMaxStateBytes, &problem);
+    if (!json) {
+        qCWarning(lcDoodle, "%s; not merged", qPrintable(problem));
+        return false;
+    }
+    const QJsonObject state = QJsonDocument::fromJson(*json).object();
     if (state.value(QStringLiteral("doodle_state")).toInt() != 1) {
         qCWarning(lcDoodle, "not a board state; not merged");
         return false;

@@ -13,6 +13,8 @@ add_library(doodle_board OBJECT
     doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleDrawInput.cpp
     doodle/board/DoodleDrawInput.h
+    doodle/board/DoodleStateText.cpp
+    doodle/board/DoodleStateText_p.h
     doodle/board/DoodleSurface.cpp)
 target_include_directories(doodle_board PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}
     ${CMAKE_CURRENT_BINARY_DIR})
@@ -21,7 +23,9 @@ set_target_properties(doodle_board PROPERTIES
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-target_link_libraries(doodle_board PRIVATE Qt6::Core Qt6::Gui)
+find_package(ZLIB REQUIRED) # a board's state travels deflated
+target_link_libraries(doodle_board PRIVATE Qt6::Core Qt6::Gui ZLIB::ZLIB)
+target_link_libraries(doodle PRIVATE ZLIB::ZLIB)
 doodle_use_build_flags(doodle_board)
 
 target_sources(doodle PRIVATE $<TARGET_OBJECTS:doodle_board>)
