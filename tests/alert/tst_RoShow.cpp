@@ -128,8 +128,8 @@ private slots:
         QCOMPARE(s.heard, time > 0 ? QStringList{"done"} : QStringList());
     }
 
-    // The library's own translation titles the buttons as its specification
-    // does and translates its tool names; it is installed only on request.
+    // The library's own translation titles the buttons in Chinese, as the
+    // board always did, and translates its tool names; only on request.
     void theShippedTranslationTitlesTheButtons()
     {
         QVERIFY(!DoodleTranslations::install(QLocale(QLocale::French)));

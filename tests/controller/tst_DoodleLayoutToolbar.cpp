@@ -179,7 +179,7 @@ private slots:
         for (const qint64 anchor : {3, 4, 8, 2}) {
             t.click(anchor);
             fits(t.pickers().value(0), t.pickers().value(0)->buttons(), 32);
-            // The specified place, above its button, wherever the board has room.
+            // The designed place, above its button, wherever the board has room.
             if (width == 800)
                 QCOMPARE(t.pickers().value(0)->x(),
                          t.button(anchor)->mapTo(t.board.view(), QPoint()).x());

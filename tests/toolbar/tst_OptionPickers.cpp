@@ -72,7 +72,7 @@ private slots:
         QTest::newRow("colours, two rows")
             << qint64(ZQDoodleButtonViewTypeColour) << QSize(170, 64)
             << QList<QPointF>({{5, 0}, {37, 0}, {133, 32}}) << QList<double>(10, 14);
-        // Narrower than it asks for: the specified step, the dots where they were.
+        // Narrower than it asks for: the designed step, the dots where they were.
         QTest::newRow("colours, 220 wide")
             << qint64(ZQDoodleButtonViewTypeColour) << QSize(220, 32)
             << QList<QPointF>({{0, 0}, {22, 0}, {198, 0}}) << QList<double>(10, 14);

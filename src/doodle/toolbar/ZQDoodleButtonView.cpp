@@ -336,9 +336,9 @@ void ZQDoodleButtonView::layoutSubviews()
     const int rows = int(std::clamp<qsizetype>(qsizetype(height() / kLeastTarget), 1, count));
     const QSize grid(int((count + rows - 1) / rows), rows);
     // A picker narrower than fittingSize() asks for takes smaller steps, down
-    // to the specified pitch, before its choices run out of it.
-    const double specified = d->buttonSize.width() + double(d->buttonSpacing);
-    const double pitch = std::max(specified, std::min(cellPitch(), width() / double(grid.width())));
+    // to the designed pitch, before its choices run out of it.
+    const double designed = d->buttonSize.width() + double(d->buttonSpacing);
+    const double pitch = std::max(designed, std::min(cellPitch(), width() / double(grid.width())));
     const QPointF origin((width() - grid.width() * pitch) * 0.5,
                          (height() - grid.height() * kLeastTarget) * 0.5);
     for (int index = 0; index < count; ++index) {
@@ -349,7 +349,7 @@ void ZQDoodleButtonView::layoutSubviews()
 
 double ZQDoodleButtonView::cellPitch() const
 {
-    // The specified pitch (the largest choice and the spacing), widened to a
+    // The designed pitch (the largest choice and the spacing), widened to a
     // target a finger hits.
     return std::max(d->buttonSize.width() + double(d->buttonSpacing), kLeastTarget);
 }

@@ -120,7 +120,7 @@ std::pair<double, int> widestRow(const QList<ZQDoodleButton *> &elements, const 
     return widest;
 }
 
-// The spacing of the one row of the bar's specified layout.
+// The spacing of the one row of the bar's designed layout.
 float rowSpacing(double width, qsizetype count)
 {
     const float buttonsWidth = float(count - 2) * -30.0f;
