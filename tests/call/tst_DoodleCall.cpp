@@ -61,6 +61,9 @@ bool writeLines(const QString &path, const QStringList &lines)
     return file.open(QIODevice::WriteOnly) && file.write(lines.join('\n').toUtf8() + '\n') > 0;
 }
 
+// The players' colours of the call tests.
+const QList<QColor> kColors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+
 bool containsColor(const QImage &image, const QColor &color)
 {
     const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
@@ -143,9 +146,11 @@ private:
     }
 
     // Every member ends well with one fingerprint, not that of an empty board,
-    // and every user's picture is the same; `agreed` is that picture.
+    // and every user's picture is the same, with every one of `colors`;
+    // `agreed` is that picture. The members in `reconnected` said they reconnected.
     void expectAgreement(const QList<ToolProcess *> &members, const QStringList &users,
-                         QImage *agreed)
+                         QImage *agreed, const QList<QColor> &colors = {},
+                         const QList<ToolProcess *> &reconnected = {})
     {
         for (ToolProcess *member : members) {
             QTRY_VERIFY_WITH_TIMEOUT(!member->isRunning(), 45000);
@@ -159,6 +164,10 @@ private:
         for (const QString &user : users)
             QVERIFY2(picture(m_dir.filePath(user + ".png")) == *agreed,
                      qPrintable(user + " differs from " + users.first()));
+        for (const QColor &color : colors)
+            QVERIFY2(containsColor(*agreed, color), qPrintable(color.name()));
+        for (ToolProcess *member : reconnected)
+            QVERIFY2(member->out().contains("\nreconnected\n"), qPrintable(member->out()));
     }
 
     // Rows of refusesWhatItCannotJoin against the secure broker.
@@ -196,7 +205,7 @@ private slots:
         Broker broker(DOODLE_MOSQUITTO);
         QVERIFY(broker.start());
         const QStringList users{"ann", "ben", "cat"};
-        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        const QList<QColor> &colors = kColors;
         ToolProcess members[4];
         for (int i = 0; i < 3; ++i) {
             const QString session = m_dir.filePath(users[i] + ".jsonl");
@@ -213,17 +222,11 @@ private slots:
         broker.stop();
         QVERIFY(broker.start());
 
+        // Every participant lived through the restart, and the drawings of all
+        // three players survived, the clear included.
+        const QList<ToolProcess *> all{&members[0], &members[1], &members[2], &members[3]};
         QImage first;
-        expectAgreement({&members[0], &members[1], &members[2], &members[3]},
-                        users + QStringList{"dan"}, &first);
-        if (QTest::currentTestFailed())
-            return;
-        // Every participant lived through the restart.
-        for (ToolProcess &member : members)
-            QVERIFY2(member.out().contains("\nreconnected\n"), qPrintable(member.out()));
-        // Drawings of all three players survived, the clear included.
-        for (const QColor &color : colors)
-            QVERIFY2(containsColor(first, color), qPrintable(color.name()));
+        expectAgreement(all, users + QStringList{"dan"}, &first, colors, all);
     }
 
     // Ann and Ben may use either broker and start on the first; Cat knows only
@@ -235,7 +238,7 @@ private slots:
         QVERIFY(first.start());
         QVERIFY(second.start());
         const QStringList users{"ann", "ben", "cat"};
-        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        const QList<QColor> &colors = kColors;
         ToolProcess members[3];
         for (int i = 0; i < 3; ++i) {
             const QString session = m_dir.filePath(users[i] + ".jsonl");
@@ -248,13 +251,8 @@ private slots:
                  qPrintable(members[0].out()));
         first.stop();
         QImage agreed;
-        expectAgreement({&members[0], &members[1], &members[2]}, users, &agreed);
-        if (QTest::currentTestFailed())
-            return;
-        for (int i = 0; i < 2; ++i)
-            QVERIFY2(members[i].out().contains("\nreconnected\n"), qPrintable(members[i].out()));
-        for (const QColor &color : colors)
-            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+        expectAgreement({&members[0], &members[1], &members[2]}, users, &agreed, colors,
+                        {&members[0], &members[1]});
     }
 
     // Two participants and a plain MQTT client without stamps draw at once, and
@@ -266,7 +264,7 @@ private slots:
             QSKIP("mosquitto_pub is not installed (scripts/deps.sh installs it)");
         Broker broker(DOODLE_MOSQUITTO, true);
         QVERIFY(broker.start());
-        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        const QList<QColor> &colors = kColors;
         ToolProcess members[3], plain;
         for (int i = 0; i < 2; ++i) {
             const QString session = m_dir.filePath(QStringLiteral("mixed%1.jsonl").arg(i));
@@ -290,9 +288,8 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!plain.isRunning(), 30000);
         QVERIFY2(plain.finishedWith(0), qPrintable(plain.err()));
         QImage agreed;
-        expectAgreement({&members[0], &members[1], &members[2]}, {"ann", "ben", "dan"}, &agreed);
-        for (const QColor &color : colors)
-            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+        expectAgreement({&members[0], &members[1], &members[2]}, {"ann", "ben", "dan"}, &agreed,
+                        colors);
     }
 
     // A call on a three-node RabbitMQ cluster: one participant on each node,
@@ -307,7 +304,7 @@ private slots:
         const QStringList nodes = cluster.start();
         QVERIFY2(nodes.size() == 3, qPrintable(cluster.log()));
         const QStringList users{"ann", "ben", "cat"};
-        const QList<QColor> colors{QColor(200, 30, 30), QColor(30, 150, 30), QColor(30, 30, 200)};
+        const QList<QColor> &colors = kColors;
         ToolProcess members[4];
         for (int i = 0; i < 4; ++i) {
             // Each participant starts on its own node and knows the others.
@@ -325,12 +322,7 @@ private slots:
         QVERIFY2(cluster.stop(1), qPrintable(cluster.log()));
         QImage agreed;
         expectAgreement({&members[0], &members[1], &members[2], &members[3]},
-                        users + QStringList{"dan"}, &agreed);
-        if (QTest::currentTestFailed())
-            return;
-        QVERIFY2(members[0].out().contains("\nreconnected\n"), qPrintable(members[0].out()));
-        for (const QColor &color : colors)
-            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+                        users + QStringList{"dan"}, &agreed, colors, {&members[0]});
     }
 
     // Alice (with a client certificate) and Bob (his password from the
@@ -361,9 +353,7 @@ private slots:
         publishAsMallory("doodle/board/alice", makeSession(13, 1, forged, false).first());
         publishAsMallory("doodle/board/mallory", makeSession(14, 1, own, false).first());
         QImage agreed;
-        expectAgreement({&alice, &bob}, {"alice", "bob"}, &agreed);
-        for (const QColor &color : {red, blue, own})
-            QVERIFY2(containsColor(agreed, color), qPrintable(color.name()));
+        expectAgreement({&alice, &bob}, {"alice", "bob"}, &agreed, {red, blue, own});
         QVERIFY2(!containsColor(agreed, forged), "mallory drew as alice");
     }
 
