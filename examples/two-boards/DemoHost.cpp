@@ -49,6 +49,7 @@ void DemoParticipant::onRestartDoodle()
 void DemoParticipant::onCloseDoodle()
 {
     emit status(tr("%1 closed the board").arg(m_board.userId()));
+    emit closed();
 }
 
 void DemoParticipant::onDoodleCleared(const QString &userId)
@@ -128,13 +129,17 @@ void DemoWindow::addColumn(DemoParticipant &participant, DemoParticipant &peer)
     place->setFixedSize(board.view()->size());
     auto *reopen = new QPushButton(tr("Open %1's board again").arg(board.userId()), place);
     (new QVBoxLayout(place))->addWidget(reopen, 0, Qt::AlignCenter);
+    // Hidden under an open board, so that the keyboard never lands on it there.
+    reopen->hide();
+    connect(&participant, &DemoParticipant::closed, reopen, &QWidget::show);
     board.view()->setParent(place);
     board.view()->raise();
     column->addWidget(status);
     column->addWidget(place, 0, Qt::AlignLeft | Qt::AlignTop);
     column->addStretch();
     static_cast<QHBoxLayout *>(layout())->addLayout(column);
-    connect(reopen, &QPushButton::clicked, this, [&participant, &peer, &board, place] {
+    connect(reopen, &QPushButton::clicked, this, [&participant, &peer, &board, place, reopen] {
+        reopen->hide();
         participant.reopen(peer.board());
         board.view()->setParent(place);
         board.view()->move(0, 0);

@@ -33,6 +33,8 @@ public:
 signals:
     // What the host would tell its user about the board.
     void status(const QString &text);
+    // The board was closed: its place shows the button that opens it again.
+    void closed();
     // A picture was written (or could not be: `path` is empty).
     void pictureSaved(const QString &path);
 
