@@ -1,11 +1,11 @@
 #include "DoodleBoard.h"
 #include "DoodleBoard_p.h"
 
-#include <doodle/controller/DoodleLayout.h>
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleBundle_p.h>
 #include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
+#include <doodle/support/DoodleWatermark_p.h>
 
 #include <QDateTime>
 #include <QDir>
@@ -330,8 +330,8 @@ void DoodleBoardPrivate::compose(QImage &image, const QRect &area) const
 
 QString DoodleBoard::saveImage()
 {
-    const QImage image = DoodleLayout::addWatermarketWithOriginImage(
-        d->composed(DoodleScreen::scale()), d->m_waterString);
+    const QImage image =
+        DoodleWatermark::applied(d->composed(DoodleScreen::scale()), d->m_waterString);
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     if (image.isNull() || folder.isEmpty() || !QDir().mkpath(folder)) {
         qCWarning(lcDoodle, "the board's picture could not be saved: no picture or no folder");

@@ -3,7 +3,7 @@
 #include "BoardHarness.h"
 #include "LogCapture.h"
 
-#include <doodle/controller/DoodleWatermark_p.h>
+#include <doodle/support/DoodleWatermark_p.h>
 
 #include <QDir>
 #include <QTemporaryDir>

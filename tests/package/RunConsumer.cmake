@@ -41,3 +41,21 @@ if(WITH_CALL)
     endif()
     message("${out}")
 endif()
+if(WITH_QUICK)
+    # A QML host finds the Quick board alone; nothing it loads is Qt Widgets.
+    run(${CMAKE_COMMAND} -S ${QUICK_SOURCE_DIR} -B ${WORK_DIR}/build-quick -G ${GENERATOR}
+        -DCMAKE_PREFIX_PATH=${prefix} "-DCMAKE_CXX_FLAGS=${flags}")
+    run(${CMAKE_COMMAND} --build ${WORK_DIR}/build-quick)
+    execute_process(COMMAND ${WORK_DIR}/build-quick/consumer_quick RESULT_VARIABLE rc
+        OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0)
+        message(FATAL_ERROR "consumer_quick failed (${rc}):\n${out}${err}")
+    endif()
+    execute_process(COMMAND ldd ${WORK_DIR}/build-quick/consumer_quick OUTPUT_VARIABLE loaded)
+    if(loaded MATCHES "Widgets")
+        message(FATAL_ERROR "the Quick host loads Qt Widgets:\n${loaded}")
+    endif()
+    message("${out}")
+endif()
+# Said only when every step above passed: the test looks for it.
+message("package: ok")

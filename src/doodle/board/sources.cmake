@@ -1,6 +1,6 @@
 # The board's core: what the board is, whatever toolkit shows it. It builds
 # as its own object library that sees only Qt Core and Gui, so a widget or
-# Quick header included here fails the build; its objects go into the library.
+# Quick header included here fails the build; its objects go into Doodle::core.
 add_library(doodle_board OBJECT
     doodle/board/DoodleBoardCanvas_p.h
     doodle/board/DoodleBoardCommands.cpp
@@ -25,10 +25,10 @@ set_target_properties(doodle_board PROPERTIES
     VISIBILITY_INLINES_HIDDEN ON)
 find_package(ZLIB REQUIRED) # a board's state travels deflated
 target_link_libraries(doodle_board PRIVATE Qt6::Core Qt6::Gui ZLIB::ZLIB)
-target_link_libraries(doodle PRIVATE ZLIB::ZLIB)
+target_link_libraries(doodle_core PRIVATE ZLIB::ZLIB)
 doodle_use_build_flags(doodle_board)
 
-target_sources(doodle PRIVATE $<TARGET_OBJECTS:doodle_board>)
-target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+target_sources(doodle_core PRIVATE $<TARGET_OBJECTS:doodle_board>)
+target_sources(doodle_core PUBLIC FILE_SET HEADERS FILES
     doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleSurface.h)

@@ -3,9 +3,9 @@
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayout_p.h"
-#include "DoodleWatermark_p.h"
 
 #include <doodle/board/DoodleDrawInput.h>
+#include <doodle/support/DoodleWatermark_p.h>
 
 #include <QBuffer>
 #include <QFontInfo>

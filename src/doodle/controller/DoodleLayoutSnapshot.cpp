@@ -4,10 +4,10 @@
 #include <doodle/controller/DoodleLayout.h>
 
 #include "DoodleLayout_p.h"
-#include "DoodleWatermark_p.h"
 
 #include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
+#include <doodle/support/DoodleWatermark_p.h>
 #include <doodle/toolbar/DoodleBitmap_p.h>
 #include <doodle/toolbar/ZQDoodleButtonView.h>
 #include <doodle/toolbar/ZQDoodleToolbar.h>
@@ -115,17 +115,7 @@ QImage DoodleLayout::imageScreenShot()
 
 QImage DoodleLayout::addWatermarketWithOriginImage(const QImage &image, const QString &text)
 {
-    const QSizeF size = image.deviceIndependentSize();
-    QImage result = DoodleBitmap::create(size, DoodleScreen::scale());
-    if (result.isNull())
-        return result;
-    QPainter painter(&result);
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
-                           QPainter::SmoothPixmapTransform);
-    painter.drawImage(QRectF(QPointF(), size), image);
-    if (!text.isEmpty())
-        DoodleWatermark::paint(painter, size, text);
-    return result;
+    return DoodleWatermark::applied(image, text);
 }
 
 QImage DoodleLayout::imageWithColor(const QColor &color, const QImage &image)

@@ -9,9 +9,7 @@ target_sources(doodle PRIVATE
     doodle/controller/DoodleLayoutToolbar.cpp
     doodle/controller/DoodleLayoutView.cpp
     doodle/controller/DoodleLayoutView.h
-    doodle/controller/DoodleLayout_p.h
-    doodle/controller/DoodleWatermark.cpp
-    doodle/controller/DoodleWatermark_p.h)
+    doodle/controller/DoodleLayout_p.h)
 target_sources(doodle PUBLIC FILE_SET HEADERS FILES
     doodle/controller/DoodleLayout.h
     doodle/controller/DoodleLayoutDelegate.h)

@@ -1,4 +1,4 @@
-target_sources(doodle PRIVATE
+target_sources(doodle_core PRIVATE
     doodle/model/DoodleAction.cpp
     doodle/model/DoodleColor.cpp
     doodle/model/DoodleJsonText.cpp
@@ -7,7 +7,7 @@ target_sources(doodle PRIVATE
     doodle/model/DoodlePathCache.cpp
     doodle/model/DoodlePoint.cpp
     doodle/model/DoodleTranslate.cpp)
-target_sources(doodle PUBLIC FILE_SET HEADERS FILES
+target_sources(doodle_core PUBLIC FILE_SET HEADERS FILES
     doodle/model/DoodleAction.h
     doodle/model/DoodleColor.h
     doodle/model/DoodleKeys.h

@@ -1,8 +1,11 @@
 #include "DoodleWatermark_p.h"
 
+#include <doodle/support/DoodleScreen.h>
+
 #include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QtMath>
 
 #include <cmath>
 
@@ -70,4 +73,25 @@ void DoodleWatermark::paint(QPainter &painter, const QSizeF &pictureSize, const 
     painter.setBackgroundMode(Qt::TransparentMode);
     for (const QRectF &place : grid(pictureSize, textSize))
         painter.drawText(place, Qt::TextSingleLine | Qt::AlignLeft | Qt::AlignTop, text);
+}
+
+QImage DoodleWatermark::applied(const QImage &image, const QString &text)
+{
+    const QSizeF size = image.deviceIndependentSize();
+    const double scale = DoodleScreen::scale();
+    const QSize pixels(qCeil(size.width() * scale), qCeil(size.height() * scale));
+    if (size.isEmpty() || pixels.isEmpty())
+        return QImage();
+    QImage result(pixels, QImage::Format_ARGB32_Premultiplied);
+    if (result.isNull())
+        return result;
+    result.setDevicePixelRatio(scale);
+    result.fill(Qt::transparent);
+    QPainter painter(&result);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
+                           QPainter::SmoothPixmapTransform);
+    painter.drawImage(QRectF(QPointF(), size), image);
+    if (!text.isEmpty())
+        paint(painter, size, text);
+    return result;
 }

@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QImage>
 #include <QList>
 #include <QRectF>
 #include <QSizeF>
@@ -27,4 +28,7 @@ public:
     static QList<QRectF> grid(const QSizeF &pictureSize, const QSizeF &textSize);
     // Draws `text` at every place of grid() on a painter that covers a picture of `pictureSize`.
     static void paint(QPainter &painter, const QSizeF &pictureSize, const QString &text);
+    // `image` drawn again at the screen's scale, with `text` over it when
+    // there is one: the picture a board saves.
+    static QImage applied(const QImage &image, const QString &text);
 };
