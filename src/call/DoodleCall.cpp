@@ -2,6 +2,7 @@
 // action texts that travel on each participant's own topic.
 #include "DoodleCall_p.h"
 
+#include <doodle/controller/DoodleLayout.h>
 #include <doodle/support/DoodleLog_p.h>
 
 #include <QDateTime>
@@ -16,16 +17,22 @@ constexpr int kPollMs = 100;
 
 } // namespace
 
-DoodleCallPrivate::DoodleCallPrivate(DoodleCall *owner, DoodleLayout *board,
+DoodleCallPrivate::DoodleCallPrivate(DoodleCall *owner, std::unique_ptr<DoodleCallBoard> board,
                                      const QString &callName)
-    : q(owner), m_board(board), m_call(callName), m_user(board ? board->userId() : QString())
+    : q(owner), m_board(std::move(board)), m_call(callName), m_user(m_board->userId())
 {}
 
 DoodleCall::DoodleCall(DoodleLayout *board, const QString &callName, QObject *parent)
-    : QObject(parent), d(std::make_unique<DoodleCallPrivate>(this, board, callName))
+    : DoodleCall(std::make_unique<DoodleCallLayoutBoard>(board), callName, parent)
 {
     if (board)
         board->setDelegate(this);
+}
+
+DoodleCall::DoodleCall(std::unique_ptr<DoodleCallBoard> board, const QString &callName,
+                       QObject *parent)
+    : QObject(parent), d(std::make_unique<DoodleCallPrivate>(this, std::move(board), callName))
+{
     // The client's signals come from the network thread: queued onto this one.
     connect(
         &d->m_client, &DoodleMqttClient::ready, this,
@@ -94,7 +101,7 @@ bool DoodleCall::join(const QString &host, quint16 port, int timeoutMs)
 
 bool DoodleCall::join(const QList<DoodleCallBroker> &brokers, int timeoutMs)
 {
-    if (!d->m_board || !isValidName(d->m_call) || !isValidName(d->m_user)) {
+    if (!d->m_board->isAlive() || !isValidName(d->m_call) || !isValidName(d->m_user)) {
         d->m_error = tr("the call name and the user id must be non-empty topic levels, without "
                         "'/', '+' or '#'");
         return false;
@@ -183,12 +190,17 @@ void DoodleCall::onDoodleActionGenerated(const DoodleActionPtr &action)
 
 void DoodleCall::sendAction(const DoodleActionPtr &action)
 {
-    if (!d->m_joining || !action || !d->m_board)
+    if (d->m_joining && action && d->m_board->isAlive())
+        d->publishAction(d->m_board->textOf(action));
+}
+
+void DoodleCallPrivate::publishAction(const QString &text)
+{
+    if (!m_joining)
         return;
-    const QString text = d->m_board->doodleActionToString(action);
     // Refused only before the first connection or after leaving; the
     // catch-up exchange brings the drawing to the others later.
-    if (text.isEmpty() || !d->m_client.publish(d->actionTopic(), text.toUtf8()))
+    if (text.isEmpty() || !m_client.publish(actionTopic(), text.toUtf8()))
         qCWarning(lcDoodle, "an action could not be sent to the call; it follows with the board");
 }
 
@@ -270,13 +282,13 @@ void DoodleCallPrivate::onMessage(const QString &topic, const QByteArray &payloa
 {
     bool sync = false;
     const QString sender = senderOf(topic, &sync);
-    if (!m_joining || sender.isNull() || !m_board)
+    if (!m_joining || sender.isNull() || !m_board->isAlive())
         return;
     if (sender == m_user) {
         // The broker's order, this board's own actions in it: drawings of
         // peers without stamps are placed by it.
         if (!sync)
-            m_board->onDoodleTextEchoed(QString::fromUtf8(payload));
+            m_board->echoText(QString::fromUtf8(payload));
         return;
     }
     m_lastMessage.restart();
@@ -285,6 +297,6 @@ void DoodleCallPrivate::onMessage(const QString &topic, const QByteArray &payloa
         return;
     }
     const QString text = QString::fromUtf8(payload);
-    m_board->onDoodleTextReceived(sender, text);
+    m_board->receiveText(sender, text);
     emit q->actionReceived(sender, text);
 }

@@ -51,7 +51,7 @@ void DoodleCallPrivate::publishSync(QJsonObject header)
 
 void DoodleCallPrivate::announce(const QString &kind)
 {
-    if (!m_board)
+    if (!m_board->isAlive())
         return;
     QJsonObject header{{QStringLiteral("kind"), kind}};
     if (kind != QLatin1String("leave")) {
@@ -64,7 +64,7 @@ void DoodleCallPrivate::announce(const QString &kind)
 
 void DoodleCallPrivate::pushState(const QStringList &to, bool reply)
 {
-    if (!m_board || to.isEmpty())
+    if (!m_board->isAlive() || to.isEmpty())
         return;
     // The state carries the fingerprint it has: it counts as an announcement.
     m_announced = m_board->fingerprint();
@@ -125,7 +125,7 @@ void DoodleCallPrivate::onSync(const QString &sender, const QByteArray &payload)
 void DoodleCallPrivate::onState(const QString &sender, const QJsonObject &header,
                                 const QString &state)
 {
-    if (!m_board || !m_board->mergeState(state))
+    if (!m_board->isAlive() || !m_board->mergeState(state))
         return;
     DOODLE_LOG(QStringLiteral("call: merged the state of %1").arg(sender));
     DoodleCallPeer &peer = m_peers[sender];
@@ -159,7 +159,7 @@ bool DoodleCallPrivate::answersJoinOf(const QString &joiner) const
 
 void DoodleCallPrivate::poll()
 {
-    if (!m_board)
+    if (!m_board->isAlive())
         return;
     const quint64 fingerprint = m_board->fingerprint();
     if (fingerprint != m_seenFingerprint) {
@@ -192,7 +192,7 @@ void DoodleCall::proposeBoardAspect(const QSizeF &aspect, bool fixed)
     d->m_aspectSince = QDateTime::currentMSecsSinceEpoch();
     d->m_aspectFrom = d->m_user;
     d->m_aspectFixed = fixed;
-    if (d->m_board)
+    if (d->m_board->isAlive())
         d->m_board->setBoardAspect(aspect);
 }
 
@@ -232,7 +232,7 @@ void DoodleCallPrivate::considerAspect(const QString &sender, const QJsonObject 
     m_aspect = aspect;
     m_aspectSince = since;
     m_aspectFrom = from;
-    if (m_board)
+    if (m_board->isAlive())
         m_board->setBoardAspect(aspect);
 }
 
@@ -245,7 +245,7 @@ QStringList DoodleCall::participants() const
 
 bool DoodleCall::isSettled() const
 {
-    if (!d->m_connected || !d->m_board || d->m_client.hasUndelivered())
+    if (!d->m_connected || !d->m_board->isAlive() || d->m_client.hasUndelivered())
         return false;
     const quint64 fingerprint = d->m_board->fingerprint();
     if (!d->m_hasAnnounced || d->m_announced != fingerprint)

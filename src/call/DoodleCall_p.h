@@ -1,16 +1,17 @@
 #pragma once
 
 // The broker client's private state and its internal steps. Not installed.
+#include "DoodleCallBoard_p.h"
 #include "DoodleMqttClient_p.h"
 
 #include <doodle/call/DoodleCall.h>
-#include <doodle/controller/DoodleLayout.h>
 
 #include <QElapsedTimer>
 #include <QHash>
 #include <QJsonObject>
-#include <QPointer>
 #include <QTimer>
+
+#include <memory>
 
 // What a participant last told about its board.
 struct DoodleCallPeer
@@ -23,7 +24,8 @@ struct DoodleCallPeer
 class DoodleCallPrivate
 {
 public:
-    DoodleCallPrivate(DoodleCall *owner, DoodleLayout *board, const QString &callName);
+    DoodleCallPrivate(DoodleCall *owner, std::unique_ptr<DoodleCallBoard> board,
+                      const QString &callName);
 
     // Topics.
     QString actionTopic() const;
@@ -38,6 +40,8 @@ public:
     void onFirstConnectTimeout();
     void fail(const QString &reason);
     void onMessage(const QString &topic, const QByteArray &payload);
+    // Publishes the wire text of one local action.
+    void publishAction(const QString &text);
     // Catch-up exchange.
     void publishSync(QJsonObject header);
     void announce(const QString &kind);
@@ -52,7 +56,7 @@ public:
     void considerAspect(const QString &sender, const QJsonObject &header);
 
     DoodleCall *q;
-    QPointer<DoodleLayout> m_board;
+    std::unique_ptr<DoodleCallBoard> m_board; // never null; it tells when the board is gone
     QString m_call;
     QString m_user;
     DoodleMqttClient m_client;

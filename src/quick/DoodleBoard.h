@@ -1,5 +1,7 @@
 #pragma once
 
+#include <doodle/model/DoodleAction.h>
+
 #include <QColor>
 #include <QQuickItem>
 #include <QSizeF>
@@ -66,6 +68,15 @@ public:
     Q_INVOKABLE bool mergeState(const QString &state);
     // The fingerprint of what the board holds, in hex.
     Q_INVOKABLE QString fingerprint() const;
+
+    // For a C++ host that carries the texts itself, as the Widgets board's
+    // methods of the same names (DoodleLayout).
+    quint64 clock() const;
+    void advanceClock(quint64 atLeast);
+    void setSharedOrder(bool shared);
+    bool hasSharedOrder() const;
+    void onDoodleTextEchoed(const QString &text);
+    bool commitLocalAction(const DoodleActionPtr &action);
 
 signals:
     void userIdChanged();

@@ -11,6 +11,8 @@
 
 #include <memory>
 
+class DoodleBoard;
+class DoodleCallBoard;
 class DoodleCallPrivate;
 class DoodleLayout;
 
@@ -52,12 +54,18 @@ struct DoodleCallTls
 // The call becomes the board's delegate and sends what the local user draws.
 // A host that keeps its own delegate forwards each generated action to
 // sendAction() instead; one that needs the other delegate calls derives from
-// this class.
+// this class. A Qt Quick board (DoodleBoard) is driven alike: the call sends
+// the text of each of its actionGenerated() signals, and the host answers
+// its closeRequested() itself.
 class DOODLE_CALL_EXPORT DoodleCall : public QObject, public DoodleLayoutDelegate
 {
     Q_OBJECT
 public:
     DoodleCall(DoodleLayout *board, const QString &callName, QObject *parent = nullptr);
+#ifdef DOODLE_CALL_QUICK
+    // Built with the Qt Quick board (Doodle::quick).
+    DoodleCall(DoodleBoard *board, const QString &callName, QObject *parent = nullptr);
+#endif
     // Leaves the call.
     ~DoodleCall() override;
 
@@ -130,6 +138,8 @@ signals:
     void actionReceived(const QString &sender, const QString &text);
 
 private:
+    DoodleCall(std::unique_ptr<DoodleCallBoard> board, const QString &callName, QObject *parent);
+
     friend class DoodleCallPrivate;
     std::unique_ptr<DoodleCallPrivate> d;
 };
