@@ -18,6 +18,12 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+#ifdef DOODLE_HAVE_QUICK
+#include <DoodleBoard.h>
+
+#include <QQuickWindow>
+#endif
+
 namespace {
 
 const QString kSize = QStringLiteral("390x560");
@@ -79,6 +85,43 @@ QImage picture(const QString &path)
 {
     return QImage(path).convertToFormat(QImage::Format_ARGB32);
 }
+
+#ifdef DOODLE_HAVE_QUICK
+// The Quick board under `item`, or nullptr.
+DoodleBoard *findQuickBoard(QQuickItem *item)
+{
+    if (auto *board = qobject_cast<DoodleBoard *>(item))
+        return board;
+    for (QQuickItem *child : item->childItems()) {
+        if (DoodleBoard *board = findQuickBoard(child))
+            return board;
+    }
+    return nullptr;
+}
+
+// The shown Quick window that holds a board.
+QQuickWindow *quickJoinWindow()
+{
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        auto *quick = qobject_cast<QQuickWindow *>(window);
+        if (quick && quick->isVisible() && findQuickBoard(quick->contentItem()))
+            return quick;
+    }
+    return nullptr;
+}
+
+// A stroke across the board, dragged with the mouse in its window.
+void dragAcross(QQuickWindow *window, DoodleBoard *board)
+{
+    const auto at = [board](double x, double y) {
+        return board->mapToScene(QPointF(board->width() * x, board->height() * y)).toPoint();
+    };
+    QTest::mousePress(window, Qt::LeftButton, {}, at(0.2, 0.3));
+    for (int step = 1; step <= 10; ++step)
+        QTest::mouseMove(window, at(0.2 + 0.06 * step, 0.3 + 0.04 * step));
+    QTest::mouseRelease(window, Qt::LeftButton, {}, at(0.8, 0.7));
+}
+#endif
 
 } // namespace
 
@@ -482,6 +525,51 @@ private slots:
         QCOMPARE(code, 0);
         QTRY_VERIFY_WITH_TIMEOUT(!watcher.participants().contains(QStringLiteral("ann")), 5000);
     }
+
+#ifdef DOODLE_HAVE_QUICK
+    // `doodle join --quick` (here, in this process) and a headless Widgets
+    // participant that plays a session: a stroke dragged on the Quick window
+    // and the session reach both boards, which end with one fingerprint.
+    void aQuickBoardAndAWidgetsBoardConverge()
+    {
+        Broker broker(DOODLE_MOSQUITTO);
+        QVERIFY(broker.start());
+        const QString session = m_dir.filePath("widgets.jsonl");
+        QVERIFY(writeLines(session, makeSession(41, 20, kColors[0], false)));
+        ToolProcess ann;
+        join(ann, broker.address(), "ann",
+             {"--play", session, "--interval", "20", "--quit-after-idle", "2"});
+        QString quickFingerprint;
+        bool drew = false;
+        int sent = 0; // actions the Quick board generated
+        QTimer driver;
+        QElapsedTimer clock;
+        clock.start();
+        connect(&driver, &QTimer::timeout, this, [&] {
+            QQuickWindow *window = quickJoinWindow();
+            DoodleBoard *board = window ? findQuickBoard(window->contentItem()) : nullptr;
+            if (board && board->isEditable() && !drew) {
+                drew = true;
+                connect(board, &DoodleBoard::actionGenerated, this, [&] { ++sent; });
+                dragAcross(window, board);
+            } else if (window && ((drew && !ann.isRunning()) || clock.elapsed() > 45000)) {
+                quickFingerprint = board->fingerprint();
+                window->close(); // the last window: the command ends
+            }
+        });
+        driver.start(50);
+        const int code = doodleJoin(
+            {"--quick", "--broker", broker.address(), "--call", "board", "--user", "ben"});
+        QCOMPARE(code, 0);
+        QCOMPARE(sent, 1);
+        QVERIFY2(ann.finishedWith(0), qPrintable(ann.err()));
+        // Ann's board holds the stroke, Ben's her session: one fingerprint.
+        QCOMPARE(ann.lastLine(),
+                 QStringLiteral("fingerprint %1")
+                     .arg(quickFingerprint.toULongLong(nullptr, 16), 16, 16, QLatin1Char('0')));
+        QVERIFY(containsColor(picture(m_dir.filePath("ann.png")), kColors[0]));
+    }
+#endif
 
     // A line-based observer sees one catch-up message a line, a state included.
     void aCatchUpMessageIsOneLine()

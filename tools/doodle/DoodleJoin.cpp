@@ -17,8 +17,9 @@ int doodleJoin(const QStringList &)
 
 #else
 
+#include "DoodleJoin.h"
+
 #include <doodle/Doodle.h>
-#include <doodle/call/DoodleCall.h>
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -42,23 +43,6 @@ constexpr int kConnectTimeoutMs = 5000;
 // together with the call's own timeout, an answer within 10 s in every case.
 constexpr int kProbeTimeoutMs = 4000;
 constexpr qint64 kLostBrokerMs = 10000; // headless: give up after this long without the broker
-
-struct JoinOptions
-{
-    QList<DoodleCallBroker> brokers;
-    QString call;
-    QString user;
-    QString username;
-    QString password;
-    DoodleCallTls tls;
-    DoodleBoardOptions board{QSize(390, 560)};
-    bool scaleSet = false;
-    QString play;
-    int intervalMs = 50;
-    QString snapshot;
-    double quitAfterIdle = 2;
-    QSizeF aspect; // empty: the call's
-};
 
 bool parseBroker(const QString &text, JoinOptions *options)
 {
@@ -175,7 +159,8 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
          {"aspect",
           "the board's shape for this participant (default: the call's, which is "
           "the first participant's board shape)",
-          "W:H"}});
+          "W:H"},
+         {"quick", "show the board in a Qt Quick window"}});
     addBoardOptions(parser);
     if (!parser.parse(QStringList(QStringLiteral("doodle join")) + arguments))
         return parser.errorText();
@@ -195,6 +180,9 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
     options->play = parser.value("play");
     options->snapshot = parser.value("snapshot");
     options->scaleSet = parser.isSet("scale");
+    options->quick = parser.isSet("quick");
+    if (options->quick && !options->snapshot.isEmpty())
+        return DoodleTool::tr("--quick opens a window; it does not go with --snapshot");
     const QString problem = readBoardOptions(parser, &options->board);
     return problem.isNull() ? readNumbers(parser, options) : problem;
 }
@@ -218,12 +206,6 @@ bool readSession(const QString &path, QList<DoodleActionPtr> *actions)
         actions->append(line.action);
     }
     return true;
-}
-
-void say(const QString &line)
-{
-    QTextStream out(stdout);
-    out << line << Qt::endl;
 }
 
 // A broker that refuses the connection, or whose name does not resolve, is
@@ -269,112 +251,16 @@ public:
     }
 };
 
-// One participant: its board, its place in the call, the session it plays
-// and, headless, the moment it writes its picture.
-class Participant : public QObject
-{
-public:
-    Participant(const JoinOptions &options, const QList<DoodleActionPtr> &session,
-                DoodleLayout &board)
-        : m_options(options), m_session(session), m_board(board), m_call(&board, options.call)
-    {
-        connect(&m_call, &DoodleCall::connected, this, &Participant::onConnected);
-        connect(&m_call, &DoodleCall::reconnected, this, [this] {
-            m_lost.invalidate();
-            say(QStringLiteral("reconnected"));
-        });
-        connect(&m_call, &DoodleCall::disconnected, this, [this](const QString &reason) {
-            m_lost.start();
-            say(QStringLiteral("disconnected: %1").arg(reason));
-        });
-        connect(&m_call, &DoodleCall::failed, this, [](const QString &reason) {
-            QTextStream(stderr) << "doodle join: " << reason << '\n';
-            QCoreApplication::exit(1);
-        });
-        connect(&m_player, &QTimer::timeout, this, &Participant::playNext);
-        connect(&m_check, &QTimer::timeout, this, &Participant::check);
-        m_player.setInterval(options.intervalMs);
-        m_check.setInterval(100);
-    }
-
-    DoodleCall &call() { return m_call; }
-
-    bool start()
-    {
-        m_call.setLogin(m_options.username, m_options.password);
-        m_call.setTls(m_options.tls);
-        // The call shows one board shape: the first participant's, unless this
-        // participant asked for its own.
-        const bool own = !m_options.aspect.isEmpty();
-        m_call.proposeBoardAspect(own ? m_options.aspect : QSizeF(m_options.board.size), own);
-        if (m_call.join(m_options.brokers, kConnectTimeoutMs))
-            return true;
-        QTextStream(stderr) << "doodle join: " << m_call.errorString() << '\n';
-        return false;
-    }
-
-private:
-    void onConnected()
-    {
-        say(QStringLiteral("connected to %1, call %2 as %3")
-                .arg(m_call.brokerAddress(), m_options.call, m_options.user));
-        m_player.start();
-        if (!m_options.snapshot.isEmpty())
-            m_check.start();
-    }
-
-    void playNext()
-    {
-        if (m_played == m_session.size()) {
-            m_player.stop();
-            return;
-        }
-        m_board.commitLocalAction(m_session.at(m_played++));
-        say(QStringLiteral("played %1/%2").arg(m_played).arg(m_session.size()));
-    }
-
-    // Headless: the picture once playing is done, every board heard from
-    // agrees and the call has been quiet for long enough.
-    void check()
-    {
-        if (m_lost.isValid() && m_lost.elapsed() > kLostBrokerMs) {
-            QTextStream(stderr) << "doodle join: lost the broker at " << m_call.brokerAddress()
-                                << " for " << kLostBrokerMs / 1000 << " s\n";
-            QCoreApplication::exit(1);
-            return;
-        }
-        if (m_played < m_session.size() || !m_call.isSettled() ||
-            m_call.msecsSinceLastMessage() < qint64(m_options.quitAfterIdle * 1000))
-            return;
-        m_check.stop();
-        if (!m_board.doodleView()->convertViewToImage().save(m_options.snapshot, "PNG")) {
-            QTextStream(stderr) << "doodle join: cannot write " << m_options.snapshot << '\n';
-            QCoreApplication::exit(2);
-            return;
-        }
-        const quint64 fingerprint = m_board.fingerprint();
-        m_call.leave();
-        say(QStringLiteral("fingerprint %1").arg(fingerprint, 16, 16, QLatin1Char('0')));
-        QCoreApplication::exit(0);
-    }
-
-    const JoinOptions &m_options;
-    const QList<DoodleActionPtr> &m_session;
-    DoodleLayout &m_board;
-    JoinCall m_call;
-    QTimer m_player;
-    QTimer m_check;
-    qsizetype m_played = 0;
-    QElapsedTimer m_lost; // valid while the broker is away
-};
-
 // The window of a participant: the call's state in one line above the board
 // (which takes input once the call is joined) and where the last picture went.
 class JoinWindow : public QWidget
 {
 public:
     JoinWindow(const JoinOptions &options, DoodleLayout &board, DoodleCall &call)
-        : m_options(options), m_board(board), m_call(call)
+        : m_options(options), m_board(board),
+          m_status(
+              options, call, [this](const QString &text) { m_state->setText(text); },
+              [this] { m_board.view()->setEnabled(true); })
     {
         setWindowTitle(QStringLiteral("doodle: %1 (%2)").arg(options.call, options.user));
         auto *bar = new QVBoxLayout;
@@ -395,16 +281,6 @@ public:
         resize(options.board.size + QSize(0, bar->sizeHint().height()));
         board.view()->setEnabled(false);
         board.setPictureSink([this](const QImage &picture) { savePicture(picture); });
-        QStringList brokers;
-        for (const DoodleCallBroker &broker : options.brokers)
-            brokers << QStringLiteral("%1:%2").arg(broker.host).arg(broker.port);
-        m_state->setText(DoodleTool::tr("Joining call %1 as %2 at %3…")
-                             .arg(options.call, options.user, brokers.join(QStringLiteral(", "))));
-        connect(&call, &DoodleCall::connected, this, &JoinWindow::showConnected);
-        connect(&call, &DoodleCall::reconnected, this, &JoinWindow::showConnected);
-        connect(&call, &DoodleCall::disconnected, this, &JoinWindow::showReconnecting);
-        connect(&m_ticker, &QTimer::timeout, this, &JoinWindow::tick);
-        m_ticker.setInterval(1000);
     }
     // The board's view belongs to the board.
     ~JoinWindow() override
@@ -414,31 +290,6 @@ public:
     }
 
 private:
-    void showConnected()
-    {
-        m_ticker.stop();
-        m_board.view()->setEnabled(true);
-        m_state->setText(DoodleTool::tr("In call %1 as %2, connected to %3")
-                             .arg(m_options.call, m_options.user, m_call.brokerAddress()));
-    }
-
-    void showReconnecting(const QString &reason)
-    {
-        m_reason = reason;
-        m_since.start();
-        m_ticker.start();
-        tick();
-    }
-
-    // Drawing goes on while the broker is away; it reaches the others later.
-    void tick()
-    {
-        m_state->setText(DoodleTool::tr("Reconnecting to %1 for %2 s (%3)")
-                             .arg(m_call.brokerAddress())
-                             .arg(m_since.elapsed() / 1000)
-                             .arg(m_reason));
-    }
-
     // A new file in the pictures folder, on the board's colour over white: a
     // viewer with a dark background shows black ink too.
     void savePicture(const QImage &picture)
@@ -474,15 +325,137 @@ private:
 
     const JoinOptions &m_options;
     DoodleLayout &m_board;
-    DoodleCall &m_call;
     QLabel *m_state = new QLabel;
     QLabel *m_note = new QLabel;
-    QTimer m_ticker;
-    QElapsedTimer m_since;
-    QString m_reason;
+    JoinStatus m_status;
 };
 
 } // namespace
+
+void say(const QString &line)
+{
+    QTextStream out(stdout);
+    out << line << Qt::endl;
+}
+
+Participant::Participant(const JoinOptions &options, const QList<DoodleActionPtr> &session,
+                         JoinBoard board, std::unique_ptr<DoodleCall> call)
+    : m_options(options), m_session(session), m_board(std::move(board)), m_call(std::move(call))
+{
+    connect(m_call.get(), &DoodleCall::connected, this, &Participant::onConnected);
+    connect(m_call.get(), &DoodleCall::reconnected, this, [this] {
+        m_lost.invalidate();
+        say(QStringLiteral("reconnected"));
+    });
+    connect(m_call.get(), &DoodleCall::disconnected, this, [this](const QString &reason) {
+        m_lost.start();
+        say(QStringLiteral("disconnected: %1").arg(reason));
+    });
+    connect(m_call.get(), &DoodleCall::failed, this, [](const QString &reason) {
+        QTextStream(stderr) << "doodle join: " << reason << '\n';
+        QCoreApplication::exit(1);
+    });
+    connect(&m_player, &QTimer::timeout, this, &Participant::playNext);
+    connect(&m_check, &QTimer::timeout, this, &Participant::check);
+    m_player.setInterval(options.intervalMs);
+    m_check.setInterval(100);
+}
+
+bool Participant::start()
+{
+    m_call->setLogin(m_options.username, m_options.password);
+    m_call->setTls(m_options.tls);
+    // The call shows one board shape: the first participant's, unless this
+    // participant asked for its own.
+    const bool own = !m_options.aspect.isEmpty();
+    m_call->proposeBoardAspect(own ? m_options.aspect : QSizeF(m_options.board.size), own);
+    if (m_call->join(m_options.brokers, kConnectTimeoutMs))
+        return true;
+    QTextStream(stderr) << "doodle join: " << m_call->errorString() << '\n';
+    return false;
+}
+
+void Participant::onConnected()
+{
+    say(QStringLiteral("connected to %1, call %2 as %3")
+            .arg(m_call->brokerAddress(), m_options.call, m_options.user));
+    m_player.start();
+    if (!m_options.snapshot.isEmpty())
+        m_check.start();
+}
+
+void Participant::playNext()
+{
+    if (m_played == m_session.size()) {
+        m_player.stop();
+        return;
+    }
+    m_board.play(m_session.at(m_played++));
+    say(QStringLiteral("played %1/%2").arg(m_played).arg(m_session.size()));
+}
+
+// Headless: the picture once playing is done, every board heard from agrees
+// and the call has been quiet for long enough.
+void Participant::check()
+{
+    if (m_lost.isValid() && m_lost.elapsed() > kLostBrokerMs) {
+        QTextStream(stderr) << "doodle join: lost the broker at " << m_call->brokerAddress()
+                            << " for " << kLostBrokerMs / 1000 << " s\n";
+        QCoreApplication::exit(1);
+        return;
+    }
+    if (m_played < m_session.size() || !m_call->isSettled() ||
+        m_call->msecsSinceLastMessage() < qint64(m_options.quitAfterIdle * 1000))
+        return;
+    m_check.stop();
+    if (!m_board.picture().save(m_options.snapshot, "PNG")) {
+        QTextStream(stderr) << "doodle join: cannot write " << m_options.snapshot << '\n';
+        QCoreApplication::exit(2);
+        return;
+    }
+    const quint64 fingerprint = m_board.fingerprint();
+    m_call->leave();
+    say(QStringLiteral("fingerprint %1").arg(fingerprint, 16, 16, QLatin1Char('0')));
+    QCoreApplication::exit(0);
+}
+
+JoinStatus::JoinStatus(const JoinOptions &options, DoodleCall &call,
+                       std::function<void(const QString &)> show, std::function<void()> connected)
+    : m_options(options), m_call(call), m_show(std::move(show)), m_connected(std::move(connected))
+{
+    QStringList brokers;
+    for (const DoodleCallBroker &broker : options.brokers)
+        brokers << QStringLiteral("%1:%2").arg(broker.host).arg(broker.port);
+    m_show(DoodleTool::tr("Joining call %1 as %2 at %3…")
+               .arg(options.call, options.user, brokers.join(QStringLiteral(", "))));
+    connect(&call, &DoodleCall::connected, this, &JoinStatus::showConnected);
+    connect(&call, &DoodleCall::reconnected, this, &JoinStatus::showConnected);
+    connect(&call, &DoodleCall::disconnected, this, [this](const QString &reason) {
+        m_reason = reason;
+        m_since.start();
+        m_ticker.start();
+        tick();
+    });
+    connect(&m_ticker, &QTimer::timeout, this, &JoinStatus::tick);
+    m_ticker.setInterval(1000);
+}
+
+void JoinStatus::showConnected()
+{
+    m_ticker.stop();
+    m_connected();
+    m_show(DoodleTool::tr("In call %1 as %2, connected to %3")
+               .arg(m_options.call, m_options.user, m_call.brokerAddress()));
+}
+
+// Drawing goes on while the broker is away; it reaches the others later.
+void JoinStatus::tick()
+{
+    m_show(DoodleTool::tr("Reconnecting to %1 for %2 s (%3)")
+               .arg(m_call.brokerAddress())
+               .arg(m_since.elapsed() / 1000)
+               .arg(m_reason));
+}
 
 int doodleJoin(const QStringList &arguments)
 {
@@ -512,9 +485,15 @@ int doodleJoin(const QStringList &arguments)
         QTextStream(stderr) << "doodle join: " << unreachable << '\n';
         return 1;
     }
+    if (options.quick)
+        return joinQuick(options, session);
     DoodleLayout board(options.user);
     board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.board.size));
-    Participant participant(options, session, board);
+    JoinBoard drawn{[&board](const DoodleActionPtr &action) { board.commitLocalAction(action); },
+                    [&board] { return board.doodleView()->convertViewToImage(); },
+                    [&board] { return board.fingerprint(); }};
+    Participant participant(options, session, std::move(drawn),
+                            std::make_unique<JoinCall>(&board, options.call));
     std::unique_ptr<JoinWindow> window;
     if (!headless) {
         window = std::make_unique<JoinWindow>(options, board, participant.call());
