@@ -620,6 +620,11 @@ private slots:
             << QStringList{"--broker", nobody, "--snapshot", "x.png"} + names << 1 << refused;
         QTest::newRow("no broker listening, with a window")
             << QStringList{"--broker", nobody} + names << 1 << refused;
+        QTest::newRow("no broker listening, with a Quick window")
+            << QStringList{"--broker", nobody, "--quick"} + names << 1 << refused;
+        QTest::newRow("a Quick window headless")
+            << QStringList{"--broker", nobody, "--quick", "--snapshot", "x.png"} + names << 2
+            << "--quick opens a window";
         QTest::newRow("no call") << QStringList{"--broker", nobody, "--user", "u"} << 2
                                  << "doodle join: missing --call NAME (the call's name)";
         QTest::newRow("a topic wildcard in the user")

@@ -19,9 +19,9 @@ int doodleInspect(const QStringList &arguments);
 int doodleRender(const QStringList &arguments);
 // doodle join --broker HOST:PORT[,HOST:PORT...] --call NAME --user ID [--size WxH] [--scale S]
 // [--username NAME] [--password-file FILE] [--cafile FILE [--cert FILE --key FILE]]
-// [--play FILE [--interval MS]] [--snapshot OUT.png --quit-after-idle SECONDS]:
+// [--play FILE [--interval MS]] [--snapshot OUT.png --quit-after-idle SECONDS] [--quick]:
 // takes part in a call through an MQTT broker (or the next of several), in a
-// window or headless.
+// window (a Qt Quick one with --quick) or headless.
 int doodleJoin(const QStringList &arguments);
 
 // Set on the application when a command that opens a window runs without a display.

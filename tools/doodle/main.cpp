@@ -36,7 +36,9 @@ const Command commands[] = {
      "join --broker HOST:PORT[,HOST:PORT...] --call NAME --user ID [--size WxH] [--scale S]\n"
      "                  [--username NAME] [--password-file FILE] [--cafile F [--cert F --key F]]\n"
      "                  [--play FILE [--interval MS]] [--snapshot OUT.png [--quit-after-idle S]]\n"
-     "                  take part in a call through an MQTT broker, in a window or headless",
+     "                  [--quick]\n"
+     "                  take part in a call through an MQTT broker, in a window (a Qt Quick\n"
+     "                  one with --quick) or headless",
      &doodleJoin, Gui::Screen},
 };
 
