@@ -332,6 +332,15 @@ private:
 
 } // namespace
 
+#ifndef DOODLE_HAVE_QUICK
+int joinQuick(const JoinOptions &, const QList<DoodleActionPtr> &)
+{
+    QTextStream(stderr) << "doodle join: this doodle was built without the Qt Quick board "
+                           "(Doodle::quick)\n";
+    return 2;
+}
+#endif
+
 void say(const QString &line)
 {
     QTextStream out(stdout);

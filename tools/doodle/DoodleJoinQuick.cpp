@@ -1,21 +1,7 @@
 // doodle join --quick: the participant's board as the Qt Quick item, in a
 // window with the call's state in one line above it, as the Widgets window.
-#ifdef DOODLE_HAVE_CALL
-
+// Built when the Quick board is.
 #include "DoodleJoin.h"
-
-#include <QTextStream>
-
-#ifndef DOODLE_HAVE_QUICK
-
-int joinQuick(const JoinOptions &, const QList<DoodleActionPtr> &)
-{
-    QTextStream(stderr) << "doodle join: this doodle was built without the Qt Quick board "
-                           "(Doodle::quick)\n";
-    return 2;
-}
-
-#else
 
 #include <DoodleBoard.h>
 
@@ -27,6 +13,7 @@ int joinQuick(const JoinOptions &, const QList<DoodleActionPtr> &)
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QTextStream>
 #include <QtMath>
 
 namespace {
@@ -159,6 +146,3 @@ int joinQuick(const JoinOptions &options, const QList<DoodleActionPtr> &session)
 }
 
 #include "DoodleJoinQuick.moc"
-
-#endif
-#endif
