@@ -2,6 +2,7 @@
 
 #include "DoodleBitmap_p.h"
 
+#include <doodle/support/DoodleBundle_p.h>
 #include <doodle/support/DoodleScreen.h>
 
 #include <QCoreApplication>
@@ -307,6 +308,34 @@ QSize DoodleBarLayout::pickerFittingSize(qsizetype count, double side, int spaci
 double DoodleBarLayout::pickerCornerRadius(double height)
 {
     return std::min(height, kLeastTarget) * 0.5;
+}
+
+DoodlePickerTable DoodleBarLayout::pickerTable(qint64 type)
+{
+    switch (type) {
+    case ZQDoodleButtonViewTypeColour:
+        return {DoodleBundle::stringTable(QStringLiteral("brushColors")), {}};
+    case ZQDoodleButtonViewTypeBrushWidth:
+        return {{}, DoodleBundle::numberTable(DoodleBundle::scaledTableName("brushWidths"))};
+    case ZQDoodleButtonViewTypeEraserWidth:
+        return {{}, DoodleBundle::numberTable(DoodleBundle::scaledTableName("eraserWidths"))};
+    case ZQDoodleButtonViewTypeTextSize:
+        return {{}, DoodleBundle::numberTable(DoodleBundle::scaledTableName("textSizes"))};
+    default:
+        return {};
+    }
+}
+
+QString DoodleBarLayout::choiceName(qint64 type, const QString &colour, double size)
+{
+    switch (type) {
+    case ZQDoodleButtonViewTypeColour:
+        return QCoreApplication::translate("ZQDoodleButtonView", "Colour %1").arg(colour.trimmed());
+    case ZQDoodleButtonViewTypeTextSize:
+        return QCoreApplication::translate("ZQDoodleButtonView", "Text size %1").arg(size);
+    default:
+        return QCoreApplication::translate("ZQDoodleButtonView", "Width %1").arg(size);
+    }
 }
 
 QColor DoodleBarLayout::colorWithHexString(const QString &text)

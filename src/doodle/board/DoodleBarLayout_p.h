@@ -14,6 +14,7 @@
 #include <QRectF>
 #include <QSizeF>
 #include <QString>
+#include <QStringList>
 
 #include <algorithm>
 
@@ -45,6 +46,14 @@ struct DoodleChoiceStyle
     QColor fill;
     QColor border;
     double borderWidth;
+};
+
+// The entries a picker offers: colours as their table's text, or sizes in points.
+struct DoodlePickerTable
+{
+    QStringList colours;
+    QList<double> sizes;
+    qsizetype count() const { return colours.isEmpty() ? sizes.size() : colours.size(); }
 };
 
 class DOODLE_EXPORT DoodleBarLayout
@@ -111,6 +120,10 @@ public:
     static QSize pickerFittingSize(qsizetype count, double side, int spacing, int width,
                                    int available);
     static double pickerCornerRadius(double height);
+    // The table a picker of `type` offers, from the resource bundle at the screen's scale.
+    static DoodlePickerTable pickerTable(qint64 type);
+    // The accessible name of a choice: its colour's text or its size.
+    static QString choiceName(qint64 type, const QString &colour, double size);
 
     // Six hexadecimal digits, optionally behind "#" or "0X", blanks around
     // ignored; any other text is the clear colour.

@@ -212,25 +212,17 @@ void ZQDoodleButtonView::styleChoice(ZQDoodleButton *button, int index)
     button->setBorderWidth(style.borderWidth);
     button->setClipsToBounds(d->type != ZQDoodleButtonViewTypeTextSize);
     button->setFrame(QRectF(0, 0, cellPitch(), kLeastTarget));
-    switch (d->type) {
-    case ZQDoodleButtonViewTypeColour:
-        button->setAccessibleName(tr("Colour %1").arg(colourText.trimmed()));
-        break;
-    case ZQDoodleButtonViewTypeTextSize: {
+    const double size =
+        d->type == ZQDoodleButtonViewTypeBrushWidth    ? d->brushWidthArray.value(index)
+        : d->type == ZQDoodleButtonViewTypeEraserWidth ? d->eraserWidthArray.value(index)
+                                                       : d->textSizeArray.value(index);
+    button->setAccessibleName(DoodleBarLayout::choiceName(d->type, colourText, size));
+    if (d->type == ZQDoodleButtonViewTypeTextSize) {
         QFont font = button->font();
         font.setPixelSize(qMax(1, qRound(side - 2)));
         button->setFont(font);
         button->setText(QStringLiteral("T"));
         button->setTitleColor(Qt::white);
-        button->setAccessibleName(tr("Text size %1").arg(d->textSizeArray.value(index)));
-        break;
-    }
-    default:
-        button->setAccessibleName(tr("Width %1")
-                                      .arg(d->type == ZQDoodleButtonViewTypeBrushWidth
-                                               ? d->brushWidthArray.value(index)
-                                               : d->eraserWidthArray.value(index)));
-        break;
     }
 }
 
