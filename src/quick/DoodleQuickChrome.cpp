@@ -45,6 +45,30 @@ QString toolTitle(const DoodleToolEntry &entry)
 
 constexpr QSizeF kButtonSize(30, 30);
 
+// The floating button's soft shadow all round its disc, as the Widgets
+// board's drop shadow (no offset, black at 0.4, blurred over 6 points).
+class DoodleQuickShadow : public QQuickPaintedItem
+{
+public:
+    using QQuickPaintedItem::QQuickPaintedItem;
+    static constexpr double kReach = 4;
+    void paint(QPainter *painter) override
+    {
+        // Half the shadow's strength at the disc's edge, fading out over the reach.
+        const QPointF centre(width() / 2, height() / 2);
+        const double outer = std::min(width(), height()) / 2;
+        const double edge = outer - kReach - 1;
+        QRadialGradient shade(centre, outer);
+        shade.setColorAt(0, QColor::fromRgbF(0, 0, 0, 0.2f));
+        shade.setColorAt(edge / outer, QColor::fromRgbF(0, 0, 0, 0.2f));
+        shade.setColorAt(1, Qt::transparent);
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(shade);
+        painter->drawEllipse(centre, outer, outer);
+    }
+};
+
 } // namespace
 
 DoodleQuickPanel::DoodleQuickPanel(QQuickItem *parent) : QQuickPaintedItem(parent)
@@ -111,6 +135,13 @@ DoodleQuickChrome::DoodleQuickChrome(DoodleBoard *board) : QObject(board), m_boa
     m_toolButton->setTexts(QCoreApplication::translate("DoodleLayout", "Tools"),
                            QCoreApplication::translate("DoodleLayout", "Show or hide the tools"));
     m_toolButton->setZ(2);
+    // Under the button and shown with it.
+    auto *shadow = new DoodleQuickShadow(m_toolButton);
+    const double reach = DoodleQuickShadow::kReach;
+    shadow->setZ(-1);
+    shadow->setPosition(QPointF(-reach, -reach));
+    shadow->setSize(QSizeF(DoodleBarLayout::toolButtonFrame(QSize()).size()) +
+                    QSizeF(2 * reach, 2 * reach));
     connect(m_toolButton, &DoodleQuickTile::clicked, this, &DoodleQuickChrome::toggleToolBar);
     showColour(board->brushColor());
     markTool(board->actionMode());

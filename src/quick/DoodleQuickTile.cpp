@@ -186,6 +186,14 @@ void DoodleQuickTile::moveFocus(bool forward)
     }
 }
 
+void DoodleQuickTile::itemChange(ItemChange change, const ItemChangeData &data)
+{
+    QQuickPaintedItem::itemChange(change, data);
+    // A disabled tile is drawn dimmed.
+    if (change == ItemEnabledHasChanged)
+        update();
+}
+
 void DoodleQuickTile::focusInEvent(QFocusEvent *event)
 {
     QQuickPaintedItem::focusInEvent(event);

@@ -65,6 +65,7 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
+    void itemChange(ItemChange change, const ItemChangeData &data) override;
 
 private:
     void setDown(bool down);
