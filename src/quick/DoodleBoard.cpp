@@ -118,7 +118,8 @@ int DoodleBoard::actionMode() const
 
 void DoodleBoard::setActionMode(int mode)
 {
-    if (mode < DoodleActionModeNone || mode > DoodleActionModeText) {
+    // The tools are those of the tool bar's table, so a new tool is taken at once.
+    if (mode != DoodleActionModeNone && DoodleBarLayout::markedButtonType(mode) == 0) {
         qCWarning(lcDoodle, "action mode %d is not a tool; kept %lld", mode,
                   static_cast<long long>(d->m_actionMode));
         return;

@@ -234,6 +234,8 @@ void DoodleQuickChrome::layout()
     for (qsizetype i = 0; i < frames.size(); ++i)
         m_tools.at(i)->setFrame(frames.at(i));
     m_toolButton->setFrame(DoodleBarLayout::toolButtonFrame(view));
+    if (m_alert)
+        m_alert->setSize(m_board->size());
     if (m_picker)
         fitPicker(m_picker->mapRectToItem(m_board, QRectF(QPointF(), m_picker->size())).toRect());
 }
@@ -247,6 +249,7 @@ void DoodleQuickChrome::toggleToolBar()
         return;
     }
     closePicker();
+    delete m_tip;
     m_board->d->commitOpenText();
     m_bar->setVisible(false);
     m_folded = true;

@@ -62,6 +62,8 @@ public:
     // Undo dims when this user has nothing to undo, clear when the board is empty.
     void updateCommandButtons(bool canUndo, bool canClear);
     bool isAskingToClear() const { return m_alert != nullptr; }
+    // Closes the open picker, if any, as a gesture on the board does.
+    void closePicker();
 
 private:
     DoodleQuickTile *makeTile(QQuickItem *parent, const QString &name);
@@ -70,7 +72,6 @@ private:
     void tapped(const DoodleToolEntry &entry);
     void togglePicker(const DoodlePickerSpec &picker);
     void openPicker(const DoodlePickerSpec &picker);
-    void closePicker();
     void fitPicker(const QRect &start);
     void choose(DoodleQuickTile *choice);
     void styleChoice(DoodleQuickTile *choice, int index, bool chosen);

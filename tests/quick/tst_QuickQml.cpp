@@ -3,6 +3,7 @@
 // the board's own bar picks the pen, folds, unfolds and closes.
 #include <doodle/model/DoodleTranslate.h>
 
+#include <QAccessible>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
@@ -142,8 +143,15 @@ private slots:
         call(host.root(), "useRectangle");
         host.tap("doodleToolButton");
         QCOMPARE(host.count("unfoldings"), 1);
+        // The bar's buttons carry the widget bar's names and announce their tool.
+        QAccessibleInterface *pen = QAccessible::queryAccessibleInterface(host.part("width"));
+        QVERIFY(pen);
+        QCOMPARE(pen->text(QAccessible::Name), QStringLiteral("Pen"));
+        QCOMPARE(pen->role(), QAccessible::Button);
+        QVERIFY(!pen->state().checked);
         // The pen on the bar takes the pen up, and a drag draws a stroke.
         host.tap("width");
+        QVERIFY(pen->state().checked);
         QCOMPARE(host.root()->property("board").value<QObject *>()->property("actionMode"), 1);
         QTest::mousePress(&host.view, Qt::LeftButton, {}, {20, 20});
         QTest::mouseMove(&host.view, {60, 40});
