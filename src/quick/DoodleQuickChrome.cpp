@@ -54,14 +54,15 @@ public:
     static constexpr double kReach = 4;
     void paint(QPainter *painter) override
     {
-        // Half the shadow's strength at the disc's edge, fading out over the reach.
+        // Measured off the widget's blurred shadow: strength by distance
+        // from the centre, fading within a few points of the disc's edge.
         const QPointF centre(width() / 2, height() / 2);
         const double outer = std::min(width(), height()) / 2;
-        const double edge = outer - kReach - 1;
+        const std::pair<double, float> falloff[] = {{20.5, 0.16f}, {21.5, 0.13f},  {22.5, 0.06f},
+                                                    {23.5, 0.02f}, {24.5, 0.008f}, {25.5, 0.0f}};
         QRadialGradient shade(centre, outer);
-        shade.setColorAt(0, QColor::fromRgbF(0, 0, 0, 0.2f));
-        shade.setColorAt(edge / outer, QColor::fromRgbF(0, 0, 0, 0.2f));
-        shade.setColorAt(1, Qt::transparent);
+        for (const auto &[radius, alpha] : falloff)
+            shade.setColorAt(std::min(radius / outer, 1.0), QColor::fromRgbF(0, 0, 0, alpha));
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);
         painter->setBrush(shade);
