@@ -165,6 +165,16 @@ private slots:
         QTest::keyClick(&host.view, Qt::Key_Escape);
         QVERIFY(!host.part("doodleAlert"));
         QCOMPARE(sent(host.root()).size(), 1);
+        // Space on the focused pen opens its picker with the keyboard on the
+        // chosen width, the arrows move along it, Escape gives the focus back.
+        host.part("width")->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(&host.view, Qt::Key_Space);
+        QCOMPARE(host.view.activeFocusItem()->objectName(), QStringLiteral("choice0"));
+        QTest::keyClick(&host.view, Qt::Key_Right);
+        QCOMPARE(host.view.activeFocusItem()->objectName(), QStringLiteral("choice1"));
+        QTest::keyClick(&host.view, Qt::Key_Escape);
+        QVERIFY(!host.part("doodlePicker"));
+        QCOMPARE(host.view.activeFocusItem(), host.part("width"));
         host.tap("doodleToolButton");
         QCOMPARE(host.count("foldings"), 1);
         QVERIFY(!host.part("doodleToolBar")->isVisible());
