@@ -182,7 +182,7 @@ void DoodleQuickChrome::buildBar()
     m_bar->setZ(1);
     m_bar->setVisible(false); // folded at first, as on the Widgets board
     connect(m_bar, &DoodleQuickPanel::escapePressed, this, [this] {
-        const qint64 anchor = m_pickerSpec ? m_pickerSpec->anchorType : 0;
+        const qint64 anchor = m_pickerEntry ? m_pickerEntry->anchorType : 0;
         closePicker();
         if (DoodleQuickTile *tile = tileOfType(anchor))
             tile->forceActiveFocus(Qt::TabFocusReason);
@@ -318,7 +318,7 @@ void DoodleQuickChrome::tapped(const DoodleToolEntry &entry)
     // the other tools leave an open picker as it is.
     if (entry.selectedMode != 0)
         m_board->setActionMode(entry.selectedMode);
-    if (const DoodlePickerSpec *picker = DoodleBarLayout::pickerOpenedBy(entry.type))
+    if (const DoodlePickerEntry *picker = DoodleBarLayout::pickerOpenedBy(entry.type))
         togglePicker(*picker);
 }
 

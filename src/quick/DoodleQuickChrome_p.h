@@ -70,8 +70,8 @@ private:
     void buildBar();
     DoodleQuickTile *tileOfType(qint64 type) const;
     void tapped(const DoodleToolEntry &entry);
-    void togglePicker(const DoodlePickerSpec &picker);
-    void openPicker(const DoodlePickerSpec &picker);
+    void togglePicker(const DoodlePickerEntry &picker);
+    void openPicker(const DoodlePickerEntry &picker);
     void fitPicker(const QRect &start);
     void choose(DoodleQuickTile *choice);
     void styleChoice(DoodleQuickTile *choice, int index, bool chosen);
@@ -87,7 +87,7 @@ private:
     bool m_folded = true;
     // The open picker, what it offers and the entries of its table.
     QPointer<DoodleQuickPanel> m_picker;
-    const DoodlePickerSpec *m_pickerSpec = nullptr;
+    const DoodlePickerEntry *m_pickerEntry = nullptr;
     DoodlePickerTable m_table;
     QList<DoodleQuickTile *> m_choices;
     qint64 m_selectIndex[4] = {0, 0, 0, 0}; // each picker type's saved choice

@@ -16,9 +16,9 @@ constexpr double kAlertButtonHeight = 32;
 
 } // namespace
 
-void DoodleQuickChrome::togglePicker(const DoodlePickerSpec &picker)
+void DoodleQuickChrome::togglePicker(const DoodlePickerEntry &picker)
 {
-    if (m_picker && m_pickerSpec == &picker) {
+    if (m_picker && m_pickerEntry == &picker) {
         closePicker();
         return;
     }
@@ -26,7 +26,7 @@ void DoodleQuickChrome::togglePicker(const DoodlePickerSpec &picker)
     openPicker(picker);
 }
 
-void DoodleQuickChrome::openPicker(const DoodlePickerSpec &picker)
+void DoodleQuickChrome::openPicker(const DoodlePickerEntry &picker)
 {
     DoodleQuickTile *anchor = tileOfType(picker.anchorType);
     // A child of the bar, after the button that opened it: the keyboard's
@@ -36,7 +36,7 @@ void DoodleQuickChrome::openPicker(const DoodlePickerSpec &picker)
     if (anchor)
         panel->stackAfter(anchor);
     m_picker = panel;
-    m_pickerSpec = &picker;
+    m_pickerEntry = &picker;
     m_table = DoodleBarLayout::pickerTable(picker.pickerType);
     m_choices.clear();
     const qint64 selected = m_selectIndex[picker.pickerType];
@@ -66,12 +66,12 @@ void DoodleQuickChrome::openPicker(const DoodlePickerSpec &picker)
 
 void DoodleQuickChrome::fitPicker(const QRect &start)
 {
-    if (!m_picker || !m_pickerSpec)
+    if (!m_picker || !m_pickerEntry)
         return;
     const qsizetype count = m_choices.size();
     const DoodleChoiceStyle last =
-        DoodleBarLayout::choiceStyle(m_pickerSpec->pickerType, int(count - 1), false, {}, {});
-    const int spacing = DoodleBarLayout::choiceSpacing(m_pickerSpec->pickerType);
+        DoodleBarLayout::choiceStyle(m_pickerEntry->pickerType, int(count - 1), false, {}, {});
+    const int spacing = DoodleBarLayout::choiceSpacing(m_pickerEntry->pickerType);
     const QRect bar(m_bar->position().toPoint(), m_bar->size().toSize());
     const QRect button(m_toolButton->position().toPoint(), m_toolButton->size().toSize());
     const QRect placed =
@@ -91,7 +91,7 @@ void DoodleQuickChrome::fitPicker(const QRect &start)
 
 void DoodleQuickChrome::styleChoice(DoodleQuickTile *choice, int index, bool chosen)
 {
-    const qint64 type = m_pickerSpec->pickerType;
+    const qint64 type = m_pickerEntry->pickerType;
     const QString colour = m_table.colours.value(index);
     const double value = m_table.sizes.value(index);
     const DoodleChoiceStyle style = DoodleBarLayout::choiceStyle(
@@ -124,7 +124,7 @@ void DoodleQuickChrome::styleChoice(DoodleQuickTile *choice, int index, bool cho
 
 void DoodleQuickChrome::choose(DoodleQuickTile *choice)
 {
-    const qint64 type = m_pickerSpec->pickerType;
+    const qint64 type = m_pickerEntry->pickerType;
     const int index = int(choice->type());
     if (index == m_selectIndex[type])
         return;
@@ -153,7 +153,7 @@ void DoodleQuickChrome::choose(DoodleQuickTile *choice)
 void DoodleQuickChrome::closePicker()
 {
     m_choices.clear();
-    m_pickerSpec = nullptr;
+    m_pickerEntry = nullptr;
     if (QQuickItem *picker = m_picker.data()) {
         m_picker.clear();
         // Off the bar at once; deleted later, as a choice on it may be the

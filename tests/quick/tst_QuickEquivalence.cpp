@@ -281,7 +281,7 @@ private slots:
                          ->mapRectToItem(quick.board, QRectF(QPointF(), buttons.at(i)->size()))
                          .toRect(),
                      onView(buttons.at(i), view));
-        for (const DoodlePickerSpec &picker : DoodleBarLayout::pickers()) {
+        for (const DoodlePickerEntry &picker : DoodleBarLayout::pickers()) {
             ZQDoodleButton *anchor = ofType(buttons, picker.anchorType);
             tapWidget(view, onView(anchor, view).center());
             quick.tap(onView(anchor, view).center());

@@ -205,9 +205,9 @@ QColor DoodleBarLayout::barColor()
     return QColor::fromRgbF(30 / 255.0f, 30 / 255.0f, 30 / 255.0f, double(0.4f));
 }
 
-const QList<DoodlePickerSpec> &DoodleBarLayout::pickers()
+const QList<DoodlePickerEntry> &DoodleBarLayout::pickers()
 {
-    static const QList<DoodlePickerSpec> pickers = {
+    static const QList<DoodlePickerEntry> pickers = {
         {DoodleToolbarButtonTypeWidth, ZQDoodleButtonViewTypeBrushWidth, 125},
         {DoodleToolbarButtonTypeEraser, ZQDoodleButtonViewTypeEraserWidth, 100},
         {DoodleToolbarButtonTypeColour, ZQDoodleButtonViewTypeColour, 220},
@@ -216,16 +216,16 @@ const QList<DoodlePickerSpec> &DoodleBarLayout::pickers()
     return pickers;
 }
 
-const DoodlePickerSpec *DoodleBarLayout::pickerOpenedBy(qint64 buttonType)
+const DoodlePickerEntry *DoodleBarLayout::pickerOpenedBy(qint64 buttonType)
 {
-    for (const DoodlePickerSpec &picker : pickers()) {
+    for (const DoodlePickerEntry &picker : pickers()) {
         if (picker.anchorType == buttonType)
             return &picker;
     }
     return nullptr;
 }
 
-QRect DoodleBarLayout::pickerStart(const DoodlePickerSpec &picker, double anchorX, int barY)
+QRect DoodleBarLayout::pickerStart(const DoodlePickerEntry &picker, double anchorX, int barY)
 {
     return QRect(qRound(anchorX), barY - kPickerGap - kPickerHeight, picker.width, kPickerHeight);
 }

@@ -32,7 +32,7 @@ struct DoodleToolEntry
 
 // One of the option pickers: the tool-bar button it opens above, what it
 // offers and its designed width.
-struct DoodlePickerSpec
+struct DoodlePickerEntry
 {
     qint64 anchorType;
     qint64 pickerType;
@@ -83,10 +83,10 @@ public:
     static QColor barColor();
 
     // The pickers, in the order they close; the one a tool-bar button opens, or none.
-    static const QList<DoodlePickerSpec> &pickers();
-    static const DoodlePickerSpec *pickerOpenedBy(qint64 buttonType);
+    static const QList<DoodlePickerEntry> &pickers();
+    static const DoodlePickerEntry *pickerOpenedBy(qint64 buttonType);
     // Where a picker opens: above the bar, at the left of its anchor (its x in the view).
-    static QRect pickerStart(const DoodlePickerSpec &picker, double anchorX, int barY);
+    static QRect pickerStart(const DoodlePickerEntry &picker, double anchorX, int barY);
     // `start` kept inside the view, above the bar and left of the floating
     // button; `fitting` gives the picker's size for an available width.
     template <typename Fitting>

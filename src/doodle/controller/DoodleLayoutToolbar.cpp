@@ -25,7 +25,7 @@
 struct DoodlePicker
 {
     QPointer<ZQDoodleButtonView> DoodleLayoutPrivate::*field;
-    const DoodlePickerSpec &spec;
+    const DoodlePickerEntry &entry;
     qint64 DoodleLayoutPrivate::*selectIndex;
 };
 
@@ -330,21 +330,21 @@ void DoodleLayoutPrivate::openPicker(const DoodlePicker &picker)
     // when the bar has none.
     QPointF origin;
     for (ZQDoodleButton *button : bar->buttons()) {
-        if (button->type() == picker.spec.anchorType)
+        if (button->type() == picker.entry.anchorType)
             origin = button->frame().topLeft();
     }
     QWidget *board = q->view();
     const double x = bar->mapTo(board, origin).x();
     auto *view = new ZQDoodleButtonView(
-        DoodleBarLayout::pickerStart(picker.spec, x, bar->geometry().y()),
-        this->*picker.selectIndex, picker.spec.pickerType, m_brushColor, board);
+        DoodleBarLayout::pickerStart(picker.entry, x, bar->geometry().y()),
+        this->*picker.selectIndex, picker.entry.pickerType, m_brushColor, board);
     view->setDelegate(q);
     view->setBackgroundColor(DoodleBarLayout::pickerColor());
     fitPicker(view, bar, q->doodletoolButton());
     view->show();
     view->raise();
     this->*picker.field = view;
-    linkPickerKeys(this, picker, view, anchorButton(bar, picker.spec.anchorType));
+    linkPickerKeys(this, picker, view, anchorButton(bar, picker.entry.anchorType));
 }
 
 void DoodleLayoutPrivate::closePicker(const DoodlePicker &picker)
