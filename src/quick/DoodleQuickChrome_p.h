@@ -5,6 +5,7 @@
 // tooltips, laid out and answered as the Widgets board's are. Not installed.
 #include <doodle/board/DoodleBarLayout_p.h>
 
+#include <QHash>
 #include <QPointer>
 #include <QQuickPaintedItem>
 
@@ -90,7 +91,7 @@ private:
     const DoodlePickerEntry *m_pickerEntry = nullptr;
     DoodlePickerTable m_table;
     QList<DoodleQuickTile *> m_choices;
-    qint64 m_selectIndex[4] = {0, 0, 0, 0}; // each picker type's saved choice
+    QHash<qint64, qint64> m_selectIndex; // each picker type's saved choice
     QPointer<DoodleQuickPanel> m_alert;
     QPointer<DoodleQuickPanel> m_tip;
 };

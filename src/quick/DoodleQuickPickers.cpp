@@ -39,7 +39,7 @@ void DoodleQuickChrome::openPicker(const DoodlePickerEntry &picker)
     m_pickerEntry = &picker;
     m_table = DoodleBarLayout::pickerTable(picker.pickerType);
     m_choices.clear();
-    const qint64 selected = m_selectIndex[picker.pickerType];
+    const qint64 selected = m_selectIndex.value(picker.pickerType);
     for (int index = 0; index < m_table.count(); ++index) {
         DoodleQuickTile *choice = makeTile(panel, QStringLiteral("choice%1").arg(index));
         choice->setType(index);
@@ -126,7 +126,7 @@ void DoodleQuickChrome::choose(DoodleQuickTile *choice)
 {
     const qint64 type = m_pickerEntry->pickerType;
     const int index = int(choice->type());
-    if (index == m_selectIndex[type])
+    if (index == m_selectIndex.value(type))
         return;
     m_selectIndex[type] = index;
     for (DoodleQuickTile *other : std::as_const(m_choices)) {

@@ -67,6 +67,9 @@ void DoodleQuickTile::paint(QPainter *painter)
 
 void DoodleQuickTile::click()
 {
+    // A tap puts the tooltip away.
+    m_hover.stop();
+    emit toolTipWanted(false);
     if (isEnabled() && isVisible())
         emit clicked();
 }
