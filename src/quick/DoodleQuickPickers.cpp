@@ -5,6 +5,7 @@
 #include "DoodleQuickChrome_p.h"
 #include "DoodleQuickTile.h"
 
+#include <QFontMetricsF>
 #include <QGuiApplication>
 
 namespace {
@@ -182,10 +183,13 @@ void DoodleQuickChrome::confirmClear()
     backdrop->setZ(3);
     auto *box = new DoodleQuickPanel(backdrop);
     box->setLook(QColor(30, 30, 30, 240), 8);
-    box->setText(
-        QCoreApplication::translate("DoodleLayout", "Clear the board for everyone in the call?"),
-        kAlertButtonHeight + 16);
-    box->setSize(QSizeF(std::min(kAlertWidth, m_board->width() - 16), kAlertHeight));
+    const QString message =
+        QCoreApplication::translate("DoodleLayout", "Clear the board for everyone in the call?");
+    box->setText(message, kAlertButtonHeight + 16);
+    // Wide enough for the question on one line where the board allows.
+    const double wanted = QFontMetricsF(QGuiApplication::font()).horizontalAdvance(message) + 32;
+    box->setSize(
+        QSizeF(std::min(std::max(kAlertWidth, wanted), m_board->width() - 16), kAlertHeight));
     box->setPosition(QPointF(qRound((m_board->width() - box->width()) / 2),
                              qRound((m_board->height() - box->height()) / 2)));
     // The platform's titles for the standard buttons, as the Widgets alert shows them.
