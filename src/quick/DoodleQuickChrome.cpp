@@ -4,7 +4,7 @@
 
 #include "DoodleBoard.h"
 #include "DoodleBoard_p.h"
-#include "DoodleQuickTile.h"
+#include "DoodleQuickTile_p.h"
 
 #include <doodle/support/DoodleBundle_p.h>
 #include <doodle/support/DoodleLog_p.h>

@@ -3,7 +3,7 @@
 #include "DoodleBoard.h"
 #include "DoodleBoard_p.h"
 #include "DoodleQuickChrome_p.h"
-#include "DoodleQuickTile.h"
+#include "DoodleQuickTile_p.h"
 
 #include <QFontMetricsF>
 #include <QGuiApplication>

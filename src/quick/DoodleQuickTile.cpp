@@ -1,4 +1,4 @@
-#include "DoodleQuickTile.h"
+#include "DoodleQuickTile_p.h"
 
 #include <QGuiApplication>
 #include <QPainter>
