@@ -1,5 +1,6 @@
 #include "DoodleBoard.h"
 #include "DoodleBoard_p.h"
+#include "DoodleQuickChrome_p.h"
 
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleBundle_p.h>
@@ -47,6 +48,38 @@ void DoodleBoardPrivate::notifyCleared(const QString &userId)
     emit q->cleared(userId);
 }
 
+void DoodleBoardPrivate::scheduleCommandUpdate()
+{
+    if (m_commandUpdatePending)
+        return;
+    m_commandUpdatePending = true;
+    QMetaObject::invokeMethod(
+        q, [this] { updateCommandButtons(); }, Qt::QueuedConnection);
+}
+
+void DoodleBoardPrivate::updateCommandButtons()
+{
+    m_commandUpdatePending = false;
+    if (m_chrome)
+        m_chrome->updateCommandButtons(lastIndexOwnedBy(m_userId) >= 0,
+                                       m_doodlePathCache.size() > 0);
+}
+
+void DoodleBoardPrivate::ensureChrome()
+{
+    if (m_chrome || !q->isComponentComplete())
+        return;
+    m_chrome = new DoodleQuickChrome(q);
+    m_chrome->setEditable(m_editable);
+    updateCommandButtons();
+}
+
+void DoodleBoard::componentComplete()
+{
+    QQuickItem::componentComplete();
+    d->ensureChrome();
+}
+
 void DoodleBoard::finishText(bool cancelled)
 {
     if (cancelled)
@@ -85,7 +118,8 @@ int DoodleBoard::actionMode() const
 
 void DoodleBoard::setActionMode(int mode)
 {
-    if (mode < DoodleActionModeNone || mode > DoodleActionModeText) {
+    // The tools are those of the tool bar's table, so a new tool is taken at once.
+    if (mode != DoodleActionModeNone && DoodleBarLayout::markedButtonType(mode) == 0) {
         qCWarning(lcDoodle, "action mode %d is not a tool; kept %lld", mode,
                   static_cast<long long>(d->m_actionMode));
         return;
@@ -96,6 +130,8 @@ void DoodleBoard::setActionMode(int mode)
     if (d->m_actionMode == mode)
         return;
     d->m_actionMode = mode;
+    if (d->m_chrome)
+        d->m_chrome->markTool(mode);
     emit actionModeChanged();
 }
 
@@ -109,6 +145,8 @@ void DoodleBoard::setBrushColor(const QColor &color)
     if (d->m_brushColor == color)
         return;
     d->m_brushColor = color;
+    if (d->m_chrome)
+        d->m_chrome->showColour(color);
     emit brushColorChanged();
 }
 
@@ -205,7 +243,22 @@ void DoodleBoard::setEditable(bool editable)
     if (d->m_editable == editable)
         return;
     d->m_editable = editable;
+    if (d->m_chrome)
+        d->m_chrome->setEditable(editable);
     emit editableChanged();
+}
+
+bool DoodleBoard::confirmsClear() const
+{
+    return d->m_confirmsClear;
+}
+
+void DoodleBoard::setConfirmsClear(bool confirms)
+{
+    if (d->m_confirmsClear == confirms)
+        return;
+    d->m_confirmsClear = confirms;
+    emit confirmsClearChanged();
 }
 
 void DoodleBoard::receiveText(const QString &sender, const QString &text)
@@ -264,6 +317,10 @@ void DoodleBoard::geometryChange(const QRectF &newGeometry, const QRectF &oldGeo
     // The pictures follow the board's size: drawn again from the cache.
     if (newGeometry.size() != oldGeometry.size())
         d->redrawAll();
+    // A board made from C++ is complete at once: its bars come with its first size.
+    d->ensureChrome();
+    if (d->m_chrome)
+        d->m_chrome->layout();
     d->changed(QRect(QPoint(), newGeometry.size().toSize()));
 }
 

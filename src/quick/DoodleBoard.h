@@ -31,6 +31,8 @@ class DoodleBoard : public QQuickItem
     Q_PROPERTY(QString waterString READ waterString WRITE setWaterString NOTIFY waterStringChanged)
     Q_PROPERTY(QSizeF boardAspect READ boardAspect WRITE setBoardAspect NOTIFY boardAspectChanged)
     Q_PROPERTY(bool editable READ isEditable WRITE setEditable NOTIFY editableChanged)
+    Q_PROPERTY(
+        bool confirmsClear READ confirmsClear WRITE setConfirmsClear NOTIFY confirmsClearChanged)
 public:
     explicit DoodleBoard(QQuickItem *parent = nullptr);
     ~DoodleBoard() override;
@@ -55,6 +57,9 @@ public:
     void setBoardAspect(const QSizeF &aspect);
     bool isEditable() const;
     void setEditable(bool editable);
+    // Whether the bar's clear button asks before it clears (the default).
+    bool confirmsClear() const;
+    void setConfirmsClear(bool confirms);
 
     // An action's wire text from another participant.
     Q_INVOKABLE void receiveText(const QString &sender, const QString &text);
@@ -89,14 +94,18 @@ signals:
     void waterStringChanged();
     void boardAspectChanged();
     void editableChanged();
+    void confirmsClearChanged();
     // Each local action, as its wire text.
     void actionGenerated(const QString &text);
     void cleared(const QString &userId);
+    // The bar's close button was tapped; the bar has folded.
     void closeRequested();
+    // The floating button folded or unfolded the tool bar.
     void folded();
     void unfolded();
 
 protected:
+    void componentComplete() override;
     QSGNode *updatePaintNode(QSGNode *old, UpdatePaintNodeData *data) override;
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
     void mousePressEvent(QMouseEvent *event) override;
@@ -112,5 +121,6 @@ private slots:
 private:
     friend class DoodleBoardPrivate;
     friend class DoodleQuickCanvas;
+    friend class DoodleQuickChrome;
     std::unique_ptr<DoodleBoardPrivate> d;
 };

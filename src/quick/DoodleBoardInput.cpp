@@ -4,6 +4,7 @@
 // only while it touches.
 #include "DoodleBoard.h"
 #include "DoodleBoard_p.h"
+#include "DoodleQuickChrome_p.h"
 
 #include <QEventPoint>
 #include <QMouseEvent>
@@ -27,6 +28,9 @@ void deliver(DoodleBoardPrivate &d, Phase phase, const QPointF &itemPoint)
     d.m_lastPoint = point;
     switch (phase) {
     case Phase::Began:
+        // A gesture on the board closes an open picker.
+        if (d.m_chrome)
+            d.m_chrome->closePicker();
         d.m_touching = true;
         d.gestureBegan(touch);
         break;

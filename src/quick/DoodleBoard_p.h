@@ -8,6 +8,7 @@
 
 #include <QPointer>
 
+class DoodleQuickChrome;
 class QQuickItem;
 
 class DoodleQuickCanvas : public DoodleBoardCanvas
@@ -43,7 +44,11 @@ class DoodleBoardPrivate : public DoodleBoardCore
 public:
     explicit DoodleBoardPrivate(DoodleBoard *item);
 
-    void scheduleCommandUpdate() override {}
+    // The undo and clear buttons follow the cache, once per turn of the event loop.
+    void scheduleCommandUpdate() override;
+    void updateCommandButtons();
+    // Builds the bars once the board is complete and, from QML, in its engine.
+    void ensureChrome();
     void actionGenerated(const DoodleActionPtr &action) override;
     void notifyCleared(const QString &userId) override;
     // Where the board sits in the item: all of it, or letterboxed to the aspect.
@@ -62,6 +67,9 @@ public:
     QColor m_backgroundColor = Qt::white;
     QString m_waterString;
     bool m_editable = true;
+    bool m_confirmsClear = true;
+    bool m_commandUpdatePending = false;
+    QPointer<DoodleQuickChrome> m_chrome;
     QImage m_frame;          // the picture last shown
     QRect m_dirty;           // what changed since, in the item's points
     bool m_touching = false; // a gesture under way

@@ -4,10 +4,13 @@ import Doodle
 // A QML host: one board, what it sends kept in a list.
 Item {
     id: host
-    width: 200
-    height: 150
+    width: 320
+    height: 240
     property var sent: []
     property string clearedBy: ""
+    property int foldings: 0
+    property int unfoldings: 0
+    property int closings: 0
     property alias board: board
 
     DoodleBoard {
@@ -18,9 +21,13 @@ Item {
         brushColor: "red"
         onActionGenerated: (text) => host.sent.push(text)
         onCleared: (userId) => host.clearedBy = userId
+        onFolded: host.foldings++
+        onUnfolded: host.unfoldings++
+        onCloseRequested: host.closings++
     }
 
     function usePen() { board.actionMode = 1 }
+    function useRectangle() { board.actionMode = 3 }
     function useText() { board.actionMode = 6 }
     function receive(sender, text) { board.receiveText(sender, text) }
     function undo() { board.undo() }

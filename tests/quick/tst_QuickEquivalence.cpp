@@ -1,9 +1,11 @@
 // The Quick board and the Widgets board over one core: the same sessions give
-// the same pixels, and the same gestures the same texts.
+// the same pixels, the same gestures the same texts, and the bars the same
+// places and hit targets.
 #include "../controller/BoardHarness.h"
 #include "../toolbar/ToolbarTesting.h"
 
 #include <DoodleBoard.h>
+#include <doodle/board/DoodleBarLayout_p.h>
 
 #include <QQuickWindow>
 #include <QSGRendererInterface>
@@ -29,7 +31,7 @@ DoodleActionPtr textAction(const QString &user, const QPointF &at, const QString
 // A Widgets board as a user sees it: shown, on white, its bar out of the way.
 struct WidgetBoard : Participant
 {
-    WidgetBoard() : Participant(QStringLiteral("me"), kBoard)
+    explicit WidgetBoard(const QSize &size = kBoard) : Participant(QStringLiteral("me"), size)
     {
         board.showToolBar();
         board.hideToolBar(true);
@@ -49,14 +51,17 @@ struct WidgetBoard : Participant
     }
 };
 
-// The Quick board alone in a window of its size.
+// The Quick board alone in a window of its size; its floating button is
+// hidden for the pictures, as the widget board's bar is.
 struct QuickBoard
 {
-    QuickBoard()
+    explicit QuickBoard(const QSize &size = kBoard, bool chrome = false)
     {
-        window.resize(kBoard);
+        window.resize(size);
         board = new DoodleBoard(window.contentItem());
-        board->setSize(kBoard);
+        board->setSize(size);
+        if (QQuickItem *button = board->findChild<QQuickItem *>("doodleToolButton"))
+            button->setVisible(chrome);
         board->setUserId(QStringLiteral("me"));
         QObject::connect(board, &DoodleBoard::actionGenerated,
                          [this](const QString &text) { texts << text; });
@@ -65,6 +70,15 @@ struct QuickBoard
             qWarning("the Quick board's window was not exposed");
     }
     QImage picture() { return window.grabWindow(); }
+    // An element of the chrome, by name, and where it is on the board.
+    QQuickItem *item(const QString &name) const { return board->findChild<QQuickItem *>(name); }
+    QRect rectOf(const QString &name) const
+    {
+        const QQuickItem *found = item(name);
+        return found ? found->mapRectToItem(board, QRectF(QPointF(), found->size())).toRect()
+                     : QRect();
+    }
+    void tap(const QPoint &at) { QTest::mouseClick(&window, Qt::LeftButton, {}, at); }
 
     QQuickWindow window;
     DoodleBoard *board = nullptr;
@@ -99,6 +113,20 @@ void dragQuick(QQuickWindow &window, const QList<QPoint> &points)
         else
             QTest::mouseMove(&window, p);
     }
+}
+
+// Where a widget is on the board's view.
+QRect onView(const QWidget *widget, const QWidget *view)
+{
+    return QRect(widget->mapTo(view, QPoint()), widget->size());
+}
+
+// Taps the widget board's view at `at`, on whatever child is there.
+void tapWidget(QWidget *view, const QPoint &at)
+{
+    QWidget *target = view->childAt(at);
+    QVERIFY2(target, "nothing to tap");
+    QTest::mouseClick(target, Qt::LeftButton, {}, target->mapFrom(view, at));
 }
 
 } // namespace
@@ -221,6 +249,62 @@ private slots:
         QCOMPARE(quick.texts, widget.texts());
         const QImage w = widget.picture();
         QCOMPARE(maxChannelDifference(w, boardPicture(quick, widget), w.size()), 0);
+    }
+
+    void barsAgree_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("narrow: two rows") << QSize(320, 560);
+        QTest::newRow("at the two-row limit") << QSize(390, 700);
+        QTest::newRow("wide: one row") << QSize(800, 600);
+    }
+
+    // Every button, picker and choice sits on the same rectangle of the board
+    // on both front-ends, and a tap on a choice's centre chooses the same value.
+    void barsAgree()
+    {
+        QFETCH(QSize, size);
+        WidgetBoard widget(size);
+        widget.board.hideToolBar(false);
+        QuickBoard quick(size, true);
+        QWidget *view = widget.board.view();
+        QCOMPARE(quick.rectOf("doodleToolButton"), onView(widget.board.doodletoolButton(), view));
+        QSignalSpy unfolded(quick.board, &DoodleBoard::unfolded);
+        quick.tap(quick.rectOf("doodleToolButton").center());
+        QCOMPARE(unfolded.count(), 1);
+        QCOMPARE(quick.rectOf("doodleToolBar"), onView(widget.board.doodletoolbar(), view));
+        const QList<ZQDoodleButton *> buttons = widget.board.doodletoolbar()->buttons();
+        for (qsizetype i = 0; i < buttons.size(); ++i)
+            QCOMPARE(quick.item("doodleToolBar")
+                         ->childItems()
+                         .at(i)
+                         ->mapRectToItem(quick.board, QRectF(QPointF(), buttons.at(i)->size()))
+                         .toRect(),
+                     onView(buttons.at(i), view));
+        for (const DoodlePickerEntry &picker : DoodleBarLayout::pickers()) {
+            ZQDoodleButton *anchor = ofType(buttons, picker.anchorType);
+            tapWidget(view, onView(anchor, view).center());
+            quick.tap(onView(anchor, view).center());
+            const auto opened = view->findChildren<ZQDoodleButtonView *>();
+            QCOMPARE(opened.size(), 1);
+            QCOMPARE(quick.rectOf("doodlePicker"), onView(opened.first(), view));
+            const QList<ZQDoodleButton *> choices = opened.first()->buttons();
+            for (qsizetype i = 0; i < choices.size(); ++i)
+                QCOMPARE(quick.rectOf(QStringLiteral("choice%1").arg(i)),
+                         onView(choices.at(i), view));
+            const QPoint last = onView(choices.constLast(), view).center();
+            tapWidget(view, last);
+            quick.tap(last);
+            QCOMPARE(quick.board->brushColor(), widget.board.brushColor());
+            QCOMPARE(quick.board->brushWidth(), widget.board.brushWidth());
+            QCOMPARE(quick.board->eraserWidth(), widget.board.eraserWidth());
+            QCOMPARE(quick.board->textSize(), widget.board.textSize());
+            QCOMPARE(quick.board->actionMode(), int(widget.board.actionMode()));
+            tapWidget(view, onView(anchor, view).center()); // closes it
+            quick.tap(onView(anchor, view).center());
+            QTRY_VERIFY(view->findChildren<ZQDoodleButtonView *>().isEmpty());
+            QVERIFY(!quick.item("doodlePicker") || !quick.item("doodlePicker")->isVisible());
+        }
     }
 };
 

@@ -1,7 +1,9 @@
 // The Quick board driven from QML: the host picks the pen, a drag sends a
-// stroke, a received text draws one, undo and clear act as on the widget.
+// stroke, a received text draws one, undo and clear act as on the widget;
+// the board's own bar picks the pen, folds, unfolds and closes.
 #include <doodle/model/DoodleTranslate.h>
 
+#include <QAccessible>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
@@ -42,6 +44,34 @@ int inkedPixels(const QImage &picture)
     return count;
 }
 
+// A host's board in a shown window.
+struct Hosted
+{
+    Hosted()
+    {
+        view.engine()->addImportPath(QStringLiteral(DOODLE_QML_DIR));
+        view.setSource(QUrl::fromLocalFile(QStringLiteral(DOODLE_TEST_QML)));
+        if (view.status() != QQuickView::Ready)
+            qWarning() << view.errors();
+        view.show();
+        if (!QTest::qWaitForWindowActive(&view))
+            qWarning("the host's window did not become active");
+    }
+    QQuickItem *root() const { return view.rootObject(); }
+    // A part of the board's chrome by name, and a tap on its centre.
+    QQuickItem *part(const char *name) const { return root()->findChild<QQuickItem *>(name); }
+    void tap(const char *name)
+    {
+        const QQuickItem *item = part(name);
+        QVERIFY2(item && item->isVisible(), name);
+        const QPointF centre = item->mapToScene(QPointF(item->width(), item->height()) / 2);
+        QTest::mouseClick(&view, Qt::LeftButton, {}, centre.toPoint());
+    }
+    int count(const char *counter) const { return root()->property(counter).toInt(); }
+
+    QQuickView view;
+};
+
 } // namespace
 
 class TestQuickQml : public QObject
@@ -59,6 +89,8 @@ private slots:
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         QQuickItem *root = view.rootObject();
+        // Only the board's picture counts: its floating button stays out of it.
+        root->findChild<QQuickItem *>("doodleToolButton")->setVisible(false);
 
         call(root, "usePen");
         const QString empty = call(root, "fingerprint").toString();
@@ -103,6 +135,55 @@ private slots:
                  qint64(DoodleActionTypeClean));
         QCOMPARE(root->property("clearedBy").toString(), QStringLiteral("me"));
         QCOMPARE(inkedPixels(view.grabWindow()), 0);
+    }
+
+    void barDrivesTheBoard()
+    {
+        Hosted host;
+        call(host.root(), "useRectangle");
+        host.tap("doodleToolButton");
+        QCOMPARE(host.count("unfoldings"), 1);
+        // The bar's buttons carry the widget bar's names and announce their tool.
+        QAccessibleInterface *pen = QAccessible::queryAccessibleInterface(host.part("width"));
+        QVERIFY(pen);
+        QCOMPARE(pen->text(QAccessible::Name), QStringLiteral("Pen"));
+        QCOMPARE(pen->role(), QAccessible::Button);
+        QVERIFY(!pen->state().checked);
+        // The pen on the bar takes the pen up, and a drag draws a stroke.
+        host.tap("width");
+        QVERIFY(pen->state().checked);
+        QCOMPARE(host.root()->property("board").value<QObject *>()->property("actionMode"), 1);
+        QTest::mousePress(&host.view, Qt::LeftButton, {}, {20, 20});
+        QTest::mouseMove(&host.view, {60, 40});
+        QTest::mouseRelease(&host.view, Qt::LeftButton, {}, {120, 60});
+        QCOMPARE(sent(host.root()).size(), 1);
+        QCOMPARE(DoodleTranslate::doodleActionFromString(sent(host.root()).at(0))->actionType(),
+                 qint64(DoodleActionTypeStroke));
+        // Clear asks first; Escape answers no and nothing is sent.
+        host.tap("clear");
+        QVERIFY(host.part("doodleAlert"));
+        QTest::keyClick(&host.view, Qt::Key_Escape);
+        QVERIFY(!host.part("doodleAlert"));
+        QCOMPARE(sent(host.root()).size(), 1);
+        // Space on the focused pen opens its picker with the keyboard on the
+        // chosen width, the arrows move along it, Escape gives the focus back.
+        host.part("width")->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(&host.view, Qt::Key_Space);
+        QCOMPARE(host.view.activeFocusItem()->objectName(), QStringLiteral("choice0"));
+        QTest::keyClick(&host.view, Qt::Key_Right);
+        QCOMPARE(host.view.activeFocusItem()->objectName(), QStringLiteral("choice1"));
+        QTest::keyClick(&host.view, Qt::Key_Escape);
+        QVERIFY(!host.part("doodlePicker"));
+        QCOMPARE(host.view.activeFocusItem(), host.part("width"));
+        host.tap("doodleToolButton");
+        QCOMPARE(host.count("foldings"), 1);
+        QVERIFY(!host.part("doodleToolBar")->isVisible());
+        // Close folds the bar and asks the host to close the board.
+        host.tap("doodleToolButton");
+        host.tap("close");
+        QCOMPARE(host.count("closings"), 1);
+        QCOMPARE(host.count("foldings"), 2);
+        QCOMPARE(host.count("unfoldings"), 2);
     }
 
     void textIsTypedIntoAQuickInput()

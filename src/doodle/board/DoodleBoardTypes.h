@@ -16,6 +16,32 @@ enum DoodleActionMode : qint64
     DoodleActionModeText = 6,
 };
 
+// The types of the main tool bar's buttons (their tags).
+enum DoodleToolbarButtonType : qint64
+{
+    DoodleToolbarButtonTypeUndo = 1,
+    DoodleToolbarButtonTypeColour = 2,
+    DoodleToolbarButtonTypeWidth = 3,
+    DoodleToolbarButtonTypeEraser = 4,
+    DoodleToolbarButtonTypeOval = 5,
+    DoodleToolbarButtonTypeRect = 6,
+    DoodleToolbarButtonTypeArrow = 7,
+    DoodleToolbarButtonTypeText = 8,
+    DoodleToolbarButtonTypeClear = 9,
+    DoodleToolbarButtonTypeSave = 10,
+    DoodleToolbarButtonTypeClose = 11,
+    DoodleToolbarButtonTypeDivider = 999999,
+};
+
+// What an option picker offers.
+enum ZQDoodleButtonViewType : qint64
+{
+    ZQDoodleButtonViewTypeColour = 0,
+    ZQDoodleButtonViewTypeBrushWidth = 1,
+    ZQDoodleButtonViewTypeEraserWidth = 2,
+    ZQDoodleButtonViewTypeTextSize = 3,
+};
+
 // One touch of a gesture: where it is now and where it was at the previous
 // event, both in the board's coordinates.
 struct DoodleTouch

@@ -2,6 +2,10 @@
 # as its own object library that sees only Qt Core and Gui, so a widget or
 # Quick header included here fails the build; its objects go into Doodle::core.
 add_library(doodle_board OBJECT
+    doodle/board/DoodleBarLayout.cpp
+    doodle/board/DoodleBarLayout_p.h
+    doodle/board/DoodleBitmap.cpp
+    doodle/board/DoodleBitmap_p.h
     doodle/board/DoodleBoardCanvas_p.h
     doodle/board/DoodleBoardCommands.cpp
     doodle/board/DoodleBoardCoordinates.cpp
@@ -15,7 +19,9 @@ add_library(doodle_board OBJECT
     doodle/board/DoodleDrawInput.h
     doodle/board/DoodleStateText.cpp
     doodle/board/DoodleStateText_p.h
-    doodle/board/DoodleSurface.cpp)
+    doodle/board/DoodleSurface.cpp
+    doodle/board/DoodleTile.cpp
+    doodle/board/DoodleTile_p.h)
 target_include_directories(doodle_board PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}
     ${CMAKE_CURRENT_BINARY_DIR})
 target_compile_definitions(doodle_board PRIVATE doodle_EXPORTS)

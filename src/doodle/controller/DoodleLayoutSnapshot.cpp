@@ -5,10 +5,10 @@
 
 #include "DoodleLayout_p.h"
 
+#include <doodle/board/DoodleBitmap_p.h>
 #include <doodle/support/DoodleLog_p.h>
 #include <doodle/support/DoodleScreen.h>
 #include <doodle/support/DoodleWatermark_p.h>
-#include <doodle/toolbar/DoodleBitmap_p.h>
 #include <doodle/toolbar/ZQDoodleButtonView.h>
 #include <doodle/toolbar/ZQDoodleToolbar.h>
 

@@ -6,6 +6,7 @@
 #include "DoodleLayout_p.h"
 
 #include <doodle/alert/RoShow.h>
+#include <doodle/board/DoodleBarLayout_p.h>
 #include <doodle/support/DoodleBundle_p.h>
 #include <doodle/toolbar/ZQDoodleButton.h>
 
@@ -24,71 +25,35 @@
 struct DoodlePicker
 {
     QPointer<ZQDoodleButtonView> DoodleLayoutPrivate::*field;
-    qint64 anchorType;
-    qint64 pickerType;
+    const DoodlePickerEntry &entry;
     qint64 DoodleLayoutPrivate::*selectIndex;
-    int width;
 };
 
 namespace {
 
-const DoodlePicker kLinePicker{&DoodleLayoutPrivate::m_lineView, DoodleToolbarButtonTypeWidth,
-                               ZQDoodleButtonViewTypeBrushWidth,
-                               &DoodleLayoutPrivate::m_widthSelectIndex, 125};
-const DoodlePicker kEraserPicker{&DoodleLayoutPrivate::m_eraserView, DoodleToolbarButtonTypeEraser,
-                                 ZQDoodleButtonViewTypeEraserWidth,
-                                 &DoodleLayoutPrivate::m_eraserSelectIndex, 100};
+// The pickers' fields here, in the order of the shared picker table.
+const DoodlePicker kLinePicker{&DoodleLayoutPrivate::m_lineView, DoodleBarLayout::pickers().at(0),
+                               &DoodleLayoutPrivate::m_widthSelectIndex};
+const DoodlePicker kEraserPicker{&DoodleLayoutPrivate::m_eraserView,
+                                 DoodleBarLayout::pickers().at(1),
+                                 &DoodleLayoutPrivate::m_eraserSelectIndex};
+const DoodlePicker kColorPicker{&DoodleLayoutPrivate::m_colorView, DoodleBarLayout::pickers().at(2),
+                                &DoodleLayoutPrivate::m_colorSelectIndex};
 const DoodlePicker kTextSizePicker{&DoodleLayoutPrivate::m_textSizeView,
-                                   DoodleToolbarButtonTypeText, ZQDoodleButtonViewTypeTextSize,
-                                   &DoodleLayoutPrivate::m_textSizeSelectIndex, 125};
-const DoodlePicker kColorPicker{&DoodleLayoutPrivate::m_colorView, DoodleToolbarButtonTypeColour,
-                                ZQDoodleButtonViewTypeColour,
-                                &DoodleLayoutPrivate::m_colorSelectIndex, 220};
+                                   DoodleBarLayout::pickers().at(3),
+                                   &DoodleLayoutPrivate::m_textSizeSelectIndex};
 // Closed in this order when the bar folds or a touch begins on the board.
 const DoodlePicker *const kPickers[] = {&kLinePicker, &kEraserPicker, &kColorPicker,
                                         &kTextSizePicker};
-
-constexpr int kBarMargin = 16;
-constexpr int kBarHeight = 30;
-constexpr int kPickerHeight = 32;
-constexpr int kPickerGap = 9;
-// Pickers keep this far left of the floating button (and its shadow).
-constexpr int kClearOfToolButton = 4;
-
-// The tool-bar button shown selected for an action mode; 0 for none. Note
-// the crosswise pair: the rectangle tool (3) marks the "rect" button (6) and
-// the ellipse tool (4) the "oval" button (5).
-qint64 markedButtonType(qint64 mode)
-{
-    switch (mode) {
-    case DoodleActionModeBrush:
-        return DoodleToolbarButtonTypeWidth;
-    case DoodleActionModeEraser:
-        return DoodleToolbarButtonTypeEraser;
-    case DoodleActionModeRectangle:
-        return DoodleToolbarButtonTypeRect;
-    case DoodleActionModeEllipse:
-        return DoodleToolbarButtonTypeOval;
-    case DoodleActionModeArrow:
-        return DoodleToolbarButtonTypeArrow;
-    case DoodleActionModeText:
-        return DoodleToolbarButtonTypeText;
-    default:
-        return 0;
-    }
-}
 
 // Keeps a picker inside the board, above the bar and left of the floating
 // button: wider or in more rows where its choices need the room, moved left
 // where it would not fit.
 void fitPicker(ZQDoodleButtonView *view, const QWidget *bar, const QWidget *toolButton)
 {
-    const int bottom = bar->y() - kPickerGap;
-    const int right = std::min(view->parentWidget()->width(), toolButton->x() - kClearOfToolButton);
-    const int left = std::min(kBarMargin, std::max(0, right - kPickerHeight));
-    const QSize size = view->fittingSize(right - left);
-    const int x = std::max(left, std::min(view->x(), right - size.width()));
-    view->setGeometry(x, std::max(0, bottom - size.height()), size.width(), size.height());
+    view->setGeometry(DoodleBarLayout::fitPicker(
+        view->geometry(), bar->geometry(), toolButton->geometry(), view->parentWidget()->width(),
+        [view](int available) { return view->fittingSize(available); }));
 }
 
 // The last button of `type` on the bar, or none.
@@ -199,7 +164,7 @@ void DoodleLayout::setActionMode(qint64 mode)
     if (mode != DoodleActionModeText)
         d->commitOpenText();
     d->m_actionMode = mode;
-    const qint64 marked = markedButtonType(mode);
+    const qint64 marked = DoodleBarLayout::markedButtonType(mode);
     if (marked == 0)
         return;
     // Asking for the bar creates it, which loads the view (see doodletoolbar()).
@@ -227,12 +192,11 @@ void DoodleLayoutPrivate::styleToolBar()
     // One row across the board; two narrower rows, clear of the floating
     // button, where one row would crowd its buttons.
     const QSize size = q->view()->size();
-    const QSize bar = m_doodletoolbar->sizeThatFits(size.width() - 2 * kBarMargin).toSize();
-    m_doodletoolbar->setGeometry(kBarMargin, size.height() - bar.height() - kBarMargin, bar.width(),
-                                 bar.height());
-    m_doodletoolbar->setCornerRadius(4.0);
-    m_doodletoolbar->setBackgroundColor(
-        QColor::fromRgbF(30 / 255.0f, 30 / 255.0f, 30 / 255.0f, double(0.4f)));
+    const QSize bar =
+        m_doodletoolbar->sizeThatFits(size.width() - 2 * DoodleBarLayout::kBarMargin).toSize();
+    m_doodletoolbar->setGeometry(DoodleBarLayout::barFrame(size, bar));
+    m_doodletoolbar->setCornerRadius(DoodleBarLayout::barCornerRadius());
+    m_doodletoolbar->setBackgroundColor(DoodleBarLayout::barColor());
     m_doodletoolbar->setDelegate(q);
     m_doodletoolbar->setColourButton(m_brushColor);
 }
@@ -259,7 +223,7 @@ ZQDoodleButton *DoodleLayout::doodletoolButton()
 void DoodleLayoutPrivate::placeToolButton()
 {
     const QSize size = q->view()->size();
-    m_doodletoolButton->setGeometry(size.width() - 50, size.height() - 100, 44, 44);
+    m_doodletoolButton->setGeometry(DoodleBarLayout::toolButtonFrame(size));
     // An open picker follows the board's new size.
     for (const DoodlePicker *picker : kPickers) {
         if (ZQDoodleButtonView *open = this->*picker->field; open && m_doodletoolbar)
@@ -366,22 +330,21 @@ void DoodleLayoutPrivate::openPicker(const DoodlePicker &picker)
     // when the bar has none.
     QPointF origin;
     for (ZQDoodleButton *button : bar->buttons()) {
-        if (button->type() == picker.anchorType)
+        if (button->type() == picker.entry.anchorType)
             origin = button->frame().topLeft();
     }
     QWidget *board = q->view();
     const double x = bar->mapTo(board, origin).x();
-    const int y = bar->geometry().y() - kPickerGap - kPickerHeight;
-    auto *view =
-        new ZQDoodleButtonView(QRect(qRound(x), y, picker.width, kPickerHeight),
-                               this->*picker.selectIndex, picker.pickerType, m_brushColor, board);
+    auto *view = new ZQDoodleButtonView(
+        DoodleBarLayout::pickerStart(picker.entry, x, bar->geometry().y()),
+        this->*picker.selectIndex, picker.entry.pickerType, m_brushColor, board);
     view->setDelegate(q);
-    view->setBackgroundColor(QColor::fromRgbF(0, 0, 0, double(0.9f)));
+    view->setBackgroundColor(DoodleBarLayout::pickerColor());
     fitPicker(view, bar, q->doodletoolButton());
     view->show();
     view->raise();
     this->*picker.field = view;
-    linkPickerKeys(this, picker, view, anchorButton(bar, picker.anchorType));
+    linkPickerKeys(this, picker, view, anchorButton(bar, picker.entry.anchorType));
 }
 
 void DoodleLayoutPrivate::closePicker(const DoodlePicker &picker)

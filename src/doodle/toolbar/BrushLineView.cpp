@@ -1,7 +1,7 @@
 #include "BrushLineView.h"
 
 #include "BrushWidthSlider_p.h"
-#include "DoodleBitmap_p.h"
+#include <doodle/board/DoodleBitmap_p.h>
 
 #include <doodle/support/DoodleScreen.h>
 

@@ -18,30 +18,6 @@ QRect pixelGeometry(const QRectF &frame)
                  qRound(frame.height()));
 }
 
-bool paints(const QColor &color)
-{
-    return color.isValid() && color.alpha() > 0;
-}
-
-// A rounded rectangle whose radius is at most half its shorter side.
-QPainterPath roundedShape(const QRectF &rect, double radius)
-{
-    const double limit = std::min(rect.width(), rect.height()) * 0.5;
-    const double clamped = std::clamp(radius, 0.0, std::max(limit, 0.0));
-    QPainterPath shape;
-    shape.addRoundedRect(rect, clamped, clamped);
-    return shape;
-}
-
-// `image` scaled to fit `bounds` with its aspect ratio kept, centred.
-QRectF fittedRect(const QImage &image, const QRectF &bounds)
-{
-    QRectF target(QPointF(),
-                  image.deviceIndependentSize().scaled(bounds.size(), Qt::KeepAspectRatio));
-    target.moveCenter(bounds.center());
-    return target;
-}
-
 } // namespace
 
 ZQDoodleButton::ZQDoodleButton(QWidget *parent)
@@ -101,7 +77,7 @@ void ZQDoodleButton::setSelectedImage(const QImage &image)
 
 QImage ZQDoodleButton::currentImage() const
 {
-    return d->selected && !d->selectedImage.isNull() ? d->selectedImage : d->normalImage;
+    return d->currentImage();
 }
 
 QRectF ZQDoodleButton::frame() const
@@ -195,12 +171,7 @@ void ZQDoodleButton::setTileSize(const QSizeF &size)
 
 QRectF ZQDoodleButton::tileRect() const
 {
-    const QRectF bounds(rect());
-    if (d->tileSize.isEmpty())
-        return bounds;
-    QRectF tile(QPointF(), d->tileSize);
-    tile.moveCenter(bounds.center());
-    return tile;
+    return d->tileRect(QRectF(rect()));
 }
 
 QColor ZQDoodleButton::markColor() const
@@ -238,62 +209,9 @@ void ZQDoodleButton::nextCheckState()
 void ZQDoodleButton::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-    // Unavailable: everything at a third of its strength.
-    if (!isEnabled())
-        painter.setOpacity(0.3);
-    paintTile(painter);
-    if (paints(d->markColor)) {
-        const QRectF tile = tileRect();
-        const double inset = -3.0; // a 2-point gap, then a 2-point ring
-        painter.setPen(QPen(d->markColor, 2.0));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawPath(
-            roundedShape(tile.adjusted(inset, inset, -inset, -inset), d->cornerRadius - inset));
-    }
+    d->paint(painter, QRectF(rect()), isEnabled(), isDown(), text(), font());
     // Only where the keyboard moved the focus: the first button a window
     // focuses by itself shows no ring to a mouse or finger user.
     if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange))
-        paintFocusRing(painter);
-}
-
-void ZQDoodleButton::paintFocusRing(QPainter &painter) const
-{
-    // The highlight colour with a white line inside it, seen on light and dark alike.
-    const QRectF bounds = QRectF(rect()).adjusted(1, 1, -1, -1);
-    painter.setOpacity(1.0);
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(palette().color(QPalette::Highlight), 2.0));
-    painter.drawRoundedRect(bounds, 4, 4);
-    painter.setPen(QPen(Qt::white, 1.0));
-    painter.drawRoundedRect(bounds.adjusted(1.5, 1.5, -1.5, -1.5), 3, 3);
-}
-
-void ZQDoodleButton::paintTile(QPainter &painter) const
-{
-    const QRectF bounds = tileRect();
-    const QPainterPath shape = roundedShape(bounds, d->cornerRadius);
-    if (paints(d->backgroundColor))
-        painter.fillPath(shape, d->backgroundColor);
-    painter.save();
-    if (d->clipsToBounds)
-        painter.setClipPath(shape);
-    // A pressed button dims its content, as a finger on it would expect.
-    if (isDown())
-        painter.setOpacity(0.5);
-    const QImage image = currentImage();
-    if (!image.isNull())
-        painter.drawImage(fittedRect(image, bounds), image);
-    if (!text().isEmpty()) {
-        painter.setPen(d->titleColor);
-        painter.drawText(bounds, Qt::AlignCenter, text());
-    }
-    painter.restore();
-    if (d->borderWidth > 0.0 && paints(d->borderColor)) {
-        const double half = d->borderWidth * 0.5;
-        painter.setPen(QPen(d->borderColor, d->borderWidth));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawPath(
-            roundedShape(bounds.adjusted(half, half, -half, -half), d->cornerRadius - half));
-    }
+        DoodleTile::paintFocusRing(painter, QRectF(rect()), palette().color(QPalette::Highlight));
 }

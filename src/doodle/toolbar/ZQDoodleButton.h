@@ -76,8 +76,5 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void paintTile(QPainter &painter) const;
-    void paintFocusRing(QPainter &painter) const;
-
     const std::unique_ptr<ZQDoodleButtonPrivate> d;
 };

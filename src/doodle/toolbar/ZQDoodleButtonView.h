@@ -1,6 +1,7 @@
 #pragma once
 
 #include <doodle/DoodleExport.h>
+#include <doodle/board/DoodleBoardTypes.h>
 #include <doodle/toolbar/ZQDoodleRoundedView.h>
 
 #include <QColor>
@@ -15,15 +16,6 @@
 class ZQDoodleButton;
 class ZQDoodleButtonView;
 class ZQDoodleButtonViewPrivate;
-
-// What an option picker offers.
-enum ZQDoodleButtonViewType : qint64
-{
-    ZQDoodleButtonViewTypeColour = 0,
-    ZQDoodleButtonViewTypeBrushWidth = 1,
-    ZQDoodleButtonViewTypeEraserWidth = 2,
-    ZQDoodleButtonViewTypeTextSize = 3,
-};
 
 // Told about the choices made in an option picker.
 class DOODLE_EXPORT ZQDoodleButtonViewDelegate

@@ -1,25 +1,15 @@
 #pragma once
 
-#include <QColor>
-#include <QImage>
+#include <doodle/board/DoodleTile_p.h>
+
 #include <QRectF>
 #include <QtGlobal>
 
-// The state of a ZQDoodleButton, kept out of its public header.
-class ZQDoodleButtonPrivate
+// The state of a ZQDoodleButton, kept out of its public header: its type,
+// its frame and the tile it paints.
+class ZQDoodleButtonPrivate : public DoodleTile
 {
 public:
     qint64 type = 0;
-    bool selected = false;
-    QImage normalImage;
-    QImage selectedImage;
     QRectF frame;
-    QColor backgroundColor;
-    double cornerRadius = 0.0;
-    QColor borderColor;
-    double borderWidth = 0.0;
-    bool clipsToBounds = false;
-    QColor titleColor = Qt::white;
-    QSizeF tileSize;
-    QColor markColor;
 };

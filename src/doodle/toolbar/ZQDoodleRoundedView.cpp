@@ -1,9 +1,8 @@
 #include "ZQDoodleRoundedView.h"
 
-#include <QPainter>
-#include <QPainterPath>
+#include <doodle/board/DoodleTile_p.h>
 
-#include <algorithm>
+#include <QPainter>
 
 ZQDoodleRoundedView::ZQDoodleRoundedView(QWidget *parent) : QWidget(parent) {}
 
@@ -21,14 +20,6 @@ void ZQDoodleRoundedView::setCornerRadius(double radius)
 
 void ZQDoodleRoundedView::paintEvent(QPaintEvent *)
 {
-    if (!m_backgroundColor.isValid() || m_backgroundColor.alpha() == 0)
-        return;
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QPainterPath shape;
-    // A radius beyond half the shorter side makes the ends semicircles.
-    const double limit = std::min(width(), height()) * 0.5;
-    const double radius = std::clamp(m_cornerRadius, 0.0, limit);
-    shape.addRoundedRect(QRectF(rect()), radius, radius);
-    painter.fillPath(shape, m_backgroundColor);
+    DoodleTile::paintBackground(painter, QRectF(rect()), m_backgroundColor, m_cornerRadius);
 }

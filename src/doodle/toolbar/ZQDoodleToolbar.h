@@ -1,6 +1,7 @@
 #pragma once
 
 #include <doodle/DoodleExport.h>
+#include <doodle/board/DoodleBoardTypes.h>
 #include <doodle/toolbar/ZQDoodleRoundedView.h>
 
 #include <QColor>
@@ -13,23 +14,6 @@
 class ZQDoodleButton;
 class ZQDoodleToolbar;
 class ZQDoodleToolbarPrivate;
-
-// The types of the main tool bar's buttons (their tags).
-enum DoodleToolbarButtonType : qint64
-{
-    DoodleToolbarButtonTypeUndo = 1,
-    DoodleToolbarButtonTypeColour = 2,
-    DoodleToolbarButtonTypeWidth = 3,
-    DoodleToolbarButtonTypeEraser = 4,
-    DoodleToolbarButtonTypeOval = 5,
-    DoodleToolbarButtonTypeRect = 6,
-    DoodleToolbarButtonTypeArrow = 7,
-    DoodleToolbarButtonTypeText = 8,
-    DoodleToolbarButtonTypeClear = 9,
-    DoodleToolbarButtonTypeSave = 10,
-    DoodleToolbarButtonTypeClose = 11,
-    DoodleToolbarButtonTypeDivider = 999999,
-};
 
 // Told about taps on the main tool bar's buttons.
 class DOODLE_EXPORT DoodleToolbarDelegate
@@ -107,7 +91,8 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    void layoutRows(int rows);
+    // The types of the buttons and dividers, in display order.
+    QList<qint64> elementTypes() const;
 
     const std::unique_ptr<ZQDoodleToolbarPrivate> d;
 };

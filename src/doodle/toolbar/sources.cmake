@@ -4,8 +4,6 @@ target_sources(doodle PRIVATE
     doodle/toolbar/BrushLineView.cpp
     doodle/toolbar/BrushWidthSlider.cpp
     doodle/toolbar/BrushWidthSlider_p.h
-    doodle/toolbar/DoodleBitmap.cpp
-    doodle/toolbar/DoodleBitmap_p.h
     doodle/toolbar/DoodlePointer.cpp
     doodle/toolbar/DoodlePointer_p.h
     doodle/toolbar/ZQColourToolbar.cpp

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <doodle/DoodleExport.h>
+
 #include <QColor>
 #include <QImage>
 #include <QSizeF>
 
 // Bitmaps for the tool bars' images, the way a bitmap context at a scale
 // makes them: transparent, `size` points at `scale` pixels a point.
-class DoodleBitmap
+class DOODLE_EXPORT DoodleBitmap
 {
 public:
     // A null image when the size has no area.
