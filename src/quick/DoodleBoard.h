@@ -29,6 +29,7 @@ class DoodleBoard : public QQuickItem
     Q_PROPERTY(QString waterString READ waterString WRITE setWaterString NOTIFY waterStringChanged)
     Q_PROPERTY(QSizeF boardAspect READ boardAspect WRITE setBoardAspect NOTIFY boardAspectChanged)
     Q_PROPERTY(bool editable READ isEditable WRITE setEditable NOTIFY editableChanged)
+    Q_PROPERTY(bool pictureSettled READ isPictureSettled NOTIFY pictureSettled)
 public:
     explicit DoodleBoard(QQuickItem *parent = nullptr);
     ~DoodleBoard() override;
@@ -66,6 +67,11 @@ public:
     Q_INVOKABLE bool mergeState(const QString &state);
     // The fingerprint of what the board holds, in hex.
     Q_INVOKABLE QString fingerprint() const;
+    // A change of size, or a merge that redraws a board of more than a few
+    // dozen drawings, is drawn on a worker thread: meanwhile the previous
+    // picture shows, stretched to the new size. False while such a redraw is
+    // pending; pictureSettled() is emitted when its exact picture is showing.
+    bool isPictureSettled() const;
 
 signals:
     void userIdChanged();
@@ -78,6 +84,7 @@ signals:
     void waterStringChanged();
     void boardAspectChanged();
     void editableChanged();
+    void pictureSettled();
     // Each local action, as its wire text.
     void actionGenerated(const QString &text);
     void cleared(const QString &userId);

@@ -6,6 +6,7 @@
 // gesture under way and the limits on what others send. A front-end derives
 // from it and gives it a canvas. Not installed.
 #include <doodle/board/DoodleBoardCanvas_p.h>
+#include <doodle/board/DoodleBoardRedraw_p.h>
 #include <doodle/board/DoodleBoardTypes.h>
 #include <doodle/model/DoodleAction.h>
 #include <doodle/model/DoodlePathCache.h>
@@ -31,17 +32,6 @@ struct DoodleGestureTool
     qint64 mode = DoodleActionModeNone;
     double width = 0; // view points: the brush, eraser or text size
     QColor color;
-};
-
-// The cache canvas's picture of the first `count` cached drawings: a region
-// redraw starts from it and replays only what came after.
-struct DoodleSavepoint
-{
-    QImage picture;
-    qsizetype count = -1; // -1: none
-    // A drawing came in or went before `count` and is not yet drawn here: the
-    // next region redraw mends the region it covers.
-    bool stale = false;
 };
 
 // An order stamp: a Lamport clock, ties broken by the sender the channel named.
@@ -90,7 +80,7 @@ struct DoodleBatch
 class DOODLE_EXPORT DoodleBoardCore
 {
 public:
-    virtual ~DoodleBoardCore() = default;
+    virtual ~DoodleBoardCore();
 
     // Coordinates: normalised ("logic", -1 to 1 on each axis, sizes against
     // the width) and the board's own ("normal", view points).
@@ -113,14 +103,28 @@ public:
     // Replay.
     DoodleSurface *cacheSurface() { return &m_canvas->cacheSurface(); }
     QRect paint(const DoodleAction &action);
-    void paintBox(const DoodleAction &action, double lineWidth);
     void drawEntry(qsizetype index);
-    void drawStroke(const DoodleAction &action);
     // The stroke through the points; `isDot` tells when several points share one place.
     QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
     // Draws the whole cache afresh and takes new savepoints; nothing while
-    // the board is not shown.
+    // the board is not shown. A cache past a few dozen drawings is drawn on
+    // the worker while the previous picture stays, stretched to the bounds.
     void redrawAll();
+    void redrawAllNow();
+    // The background redraw: started, cancelled, its picture swapped in.
+    void startBackgroundRedraw();
+    void cancelBackgroundRedraw();
+    void finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJob> &job);
+    bool jobStillFits(const DoodleRedrawJob &job);
+    void installRedraw(DoodleRedrawJob &job);
+    bool isPictureSettled() const { return !m_background.job; }
+    // The front-end's hook: a background redraw's picture was swapped in, or
+    // the picture became exact otherwise while one was pending.
+    virtual void notifyPictureSettled() {}
+    // Caches of more drawings than this are redrawn in the background
+    // (negative: never); tests and benchmarks choose either path with it.
+    static void setBackgroundRedrawFrom(qsizetype count);
+    static qsizetype backgroundRedrawFrom();
     // Redraws the region from the cache, from the newest savepoint that is not
     // stale, and mends the stale ones it passes.
     void redrawRegion(const QRectF &area);
@@ -276,4 +280,5 @@ public:
     QPainterPath m_path;
     bool m_hasPath = false;
     QRectF m_liveErased; // what a live eraser cleared on the cache canvas
+    DoodleBackgroundRedraw m_background;
 };

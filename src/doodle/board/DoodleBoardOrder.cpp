@@ -288,6 +288,12 @@ void DoodleBoardCore::placeEntry(qsizetype index)
         noteAppended();
         return;
     }
+    // A late arrival on a picture about to be replaced: the redraw under way
+    // starts again once done.
+    if (m_background.job) {
+        m_background.diverged = true;
+        return;
+    }
     // A late arrival: only the region it covers is drawn again, in order.
     const QRect rect = measureEntry(index);
     if (overlapsLaterEntries(index, rect)) {

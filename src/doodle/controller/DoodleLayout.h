@@ -185,6 +185,12 @@ public:
     // owner and what each shows), undos and last clear. Kept current after
     // every change.
     quint64 fingerprint() const;
+    // A change of size, or a merge that redraws a board of more than a few
+    // dozen drawings, is drawn on a worker thread: meanwhile the previous
+    // picture shows, stretched to the new size, and everything keeps working.
+    // False while such a redraw is pending; pictureSettled() is emitted when
+    // its exact picture is showing.
+    bool isPictureSettled() const;
 
     // For a channel that hands every board every action in one shared order,
     // the board's own among them (one MQTT broker): a drawing without a stamp
@@ -254,6 +260,9 @@ public:
     static QImage coloredImage(const QColor &color, const QSizeF &size);
     // `image` over the disc of coloredImage() at its size.
     static QImage imageWithBackgroundColor(const QColor &color, const QImage &image);
+
+signals:
+    void pictureSettled();
 
 private:
     friend class DoodleLayoutPrivate;
