@@ -68,9 +68,10 @@ public:
     // The fingerprint of what the board holds, in hex.
     Q_INVOKABLE QString fingerprint() const;
     // A change of size, or a merge that redraws a board of more than a few
-    // dozen drawings, is drawn on a worker thread: meanwhile the previous
-    // picture shows, stretched to the new size. False while such a redraw is
-    // pending; pictureSettled() is emitted when its exact picture is showing.
+    // dozen drawings, is drawn on a worker thread, and a large state is read
+    // there: meanwhile the previous picture shows, stretched to the new size.
+    // False while such work is pending; pictureSettled() is emitted when the
+    // exact picture is showing. mergeState() is then true for a state on its way.
     bool isPictureSettled() const;
 
 signals:

@@ -212,6 +212,8 @@ public:
                     const QString state = a.exportState();
                     a.mergeState(b.exportState());
                     b.mergeState(state);
+                    Participant::settle(a);
+                    Participant::settle(b);
                 }
             }
         }
@@ -338,6 +340,8 @@ public:
     {
         if (sawNull)
             return QStringLiteral("a null action was handed to a host");
+        for (const auto &each : boards)
+            Participant::settle(each->board);
         const QStringList first = cacheTexts(0);
         for (int i = 0; i < 3; ++i) {
             if (cacheTexts(i) != first)

@@ -2,6 +2,7 @@
 // catch-up merge, whatever happens while the worker draws, the settled
 // picture is the one a fresh board draws from the cache, pixel for pixel.
 #include "BoardHarness.h"
+#include "LogCapture.h"
 
 #include <doodle/board/DoodleBoardCore_p.h>
 
@@ -140,8 +141,8 @@ private slots:
             QVERIFY(me.board.mergeState(source.board.exportState()));
         QVERIFY(!me.board.isPictureSettled());
 
-        const qsizetype before = me.board.getAllPath().size();
-        qsizetype expected = before;
+        // A large state is still on its way: counted as merged.
+        qsizetype expected = start == Start::CatchUp ? 151 : 81;
         switch (meanwhile) {
         case Meanwhile::Nothing:
             break;
@@ -167,7 +168,8 @@ private slots:
             break;
         case Meanwhile::Clear:
             me.board.cleanDoodle();
-            expected = 0;
+            // A state still on its way keeps its drawings stamped after the clear.
+            expected = start == Start::Join ? 80 : start == Start::CatchUp ? 70 : 0;
             break;
         }
         QVERIFY(Participant::settle(me.board));
@@ -199,6 +201,24 @@ private slots:
         QVERIFY(settled.wait(20000));
         QCOMPARE(settled.size(), 1);
         QCOMPARE(me.cache().deviceIndependentSize(), QSizeF(kTurned));
+    }
+
+    // A state read on the worker that would inflate past the bound is refused
+    // there, in bounded memory, and leaves the board as it was.
+    void compressedBombOnTheWorkerIsRefused()
+    {
+        Participant me(QStringLiteral("me"), kSize);
+        fill(me.board, 5, 10);
+        const quint64 before = me.board.fingerprint();
+        const QByteArray bomb = qCompress(QByteArray(80 << 20, ' '), 9).mid(4);
+        LogCapture log;
+        QVERIFY(me.board.mergeState(QStringLiteral("{\"doodle_state\":2,\"deflated\":\"%1\"}")
+                                        .arg(QString::fromLatin1(bomb.toBase64()))));
+        QVERIFY(!me.board.isPictureSettled());
+        QVERIFY(Participant::settle(me.board));
+        QCOMPARE(log.lines(), QStringList{"a packed board state does not inflate within 67108864 "
+                                          "bytes; not merged"});
+        QCOMPARE(me.board.fingerprint(), before);
     }
 };
 

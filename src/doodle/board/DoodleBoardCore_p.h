@@ -17,13 +17,15 @@
 #include <QPointF>
 #include <QRectF>
 
+#include <QHash>
+#include <QList>
 #include <QSet>
 #include <QString>
 
 #include <memory>
 #include <optional>
 
-class QJsonArray;
+class QDeadlineTimer;
 
 // The tool, width and colour a gesture was started with: everything it draws
 // and the action it commits use these, whatever the tool state becomes meanwhile.
@@ -75,6 +77,34 @@ struct DoodleBatch
     QRectF region;
     qsizetype changes = 0;
     bool whole = false;
+    int depth = 0; // batches begun inside this one and not ended yet
+};
+
+// A drawing as a state brings it.
+struct DoodleStateEntry
+{
+    QString owner;
+    DoodleActionPtr action;
+    std::optional<DoodleAnchor> anchor;
+};
+
+// A state being merged: read (on the worker, for a large one), then taken into
+// the cache, a slice of the GUI thread at a time.
+struct DoodleStateMerge
+{
+    bool decoded = false;
+    bool valid = false;
+    QString problem;
+    quint64 clock = 0;
+    std::optional<DoodleStamp> clear;
+    QList<DoodleStamp> undone;
+    QList<DoodleStateEntry> actions;
+    // Taking it in.
+    bool begun = false;
+    qsizetype next = 0;
+    bool takeUnstamped = false;
+    std::optional<DoodleStamp> previous; // the last stamped drawing met in the state
+    QHash<quint64, qsizetype> held;      // copies without a stamp the board holds, by hash
 };
 
 class DOODLE_EXPORT DoodleBoardCore
@@ -111,13 +141,12 @@ public:
     // the worker while the previous picture stays, stretched to the bounds.
     void redrawAll();
     void redrawAllNow();
-    // The background redraw: started, cancelled, its picture swapped in.
+    // The background redraw: started, and its picture swapped in.
     void startBackgroundRedraw();
-    void cancelBackgroundRedraw();
     void finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJob> &job);
     bool jobStillFits(const DoodleRedrawJob &job);
     void installRedraw(DoodleRedrawJob &job);
-    bool isPictureSettled() const { return !m_background.job; }
+    bool isPictureSettled() const { return !m_background.job && m_merges.isEmpty(); }
     // The front-end's hook: a background redraw's picture was swapped in, or
     // the picture became exact otherwise while one was pending.
     virtual void notifyPictureSettled() {}
@@ -160,8 +189,14 @@ public:
     // Takes a clear newer than the last one; true if it removed drawings.
     bool applyClear(const DoodleStamp &stamp);
     void redrawAfterClear();
-    void mergeUndone(const QJsonArray &undone);
-    void mergeActions(const QJsonArray &actions, bool takeUnstamped);
+    void mergeUndone(const QList<DoodleStamp> &undone);
+    static void decodeState(const QString &text, DoodleStateMerge &merge);
+    void beginMerge(DoodleStateMerge &merge);
+    // Takes the state's drawings until the deadline; true when all are in.
+    bool mergeSlice(DoodleStateMerge &merge, const QDeadlineTimer &deadline);
+    void mergeEntry(DoodleStateMerge &merge, const DoodleStateEntry &entry);
+    void mergeOnWorker(const std::shared_ptr<DoodleStateMerge> &merge, const QString &text);
+    void continueMerges();
     qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
     // The shared order of a channel: where a drawing anchored there goes, the
     // anchor a received action sets, and a better anchor a state brings.
@@ -265,6 +300,7 @@ public:
     quint64 m_channelRank = 0;   // drawings without a stamp it brought since
     DoodleAnchor m_received;     // the place of the one being received
     std::optional<DoodleBatch> m_batch;
+    QList<std::shared_ptr<DoodleStateMerge>> m_merges; // large states on their way in
     // The gesture under way, in the board's coordinates.
     QPointF m_strokeEnd; // where the last previewed segment of the stroke ended
     QPainterPath m_tail; // from there to the pointer

@@ -139,7 +139,7 @@ void DoodleBoardCore::redrawAllNow()
     for (qsizetype i = 0; i < drawn.size(); ++i)
         m_doodlePathCache.setDrawnRect(i, drawn.at(i));
     reapplyLiveErasure();
-    if (wasPending)
+    if (wasPending && isPictureSettled())
         notifyPictureSettled();
 }
 
@@ -170,12 +170,6 @@ void DoodleBoardCore::startBackgroundRedraw()
     });
 }
 
-void DoodleBoardCore::cancelBackgroundRedraw()
-{
-    if (m_background.cancel())
-        notifyPictureSettled();
-}
-
 void DoodleBoardCore::finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJob> &job)
 {
     if (job != m_background.job)
@@ -192,7 +186,8 @@ void DoodleBoardCore::finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJ
         drawEntry(i);
     noteAppended(); // a savepoint holds every drawing up to the cache's end
     reapplyLiveErasure();
-    notifyPictureSettled();
+    if (isPictureSettled())
+        notifyPictureSettled();
 }
 
 // Whether the job drew what the board now holds, at its size, but for
@@ -249,6 +244,6 @@ void DoodleBoardCore::clearCache()
         takeSavepoint(0, false);
     }
     reapplyLiveErasure();
-    if (wasPending)
+    if (wasPending && isPictureSettled())
         notifyPictureSettled();
 }
