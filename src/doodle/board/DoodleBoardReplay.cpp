@@ -178,11 +178,15 @@ void DoodleBoardCore::finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJ
         startBackgroundRedraw();
         return;
     }
+    // The cache stops sharing its entries with the job before its drawn
+    // rectangles are set, so they are not copied.
+    const qsizetype drawn = job->entries.size();
+    job->entries.clear();
     installRedraw(*job);
     m_background.job.reset();
     // What was added to the cache meanwhile goes on the new picture, as it
     // would have gone after a redraw on the GUI thread.
-    for (qsizetype i = job->entries.size(); i < m_doodlePathCache.size(); ++i)
+    for (qsizetype i = drawn; i < m_doodlePathCache.size(); ++i)
         drawEntry(i);
     noteAppended(); // a savepoint holds every drawing up to the cache's end
     reapplyLiveErasure();
