@@ -619,16 +619,11 @@ void DoodleBoardCore::mergeOnWorker(const std::shared_ptr<DoodleStateMerge> &mer
                                     const QString &text)
 {
     m_merges.append(merge);
-    m_background.pool.start([this, merge, text] {
-        decodeState(text, *merge);
-        QMetaObject::invokeMethod(
-            &m_background.context,
-            [this, merge] {
-                merge->decoded = true;
-                continueMerges();
-            },
-            Qt::QueuedConnection);
-    });
+    m_background.run([merge, text] { decodeState(text, *merge); },
+                     [this, merge] {
+                         merge->decoded = true;
+                         continueMerges();
+                     });
 }
 
 void DoodleBoardCore::continueMerges()
@@ -643,7 +638,7 @@ void DoodleBoardCore::continueMerges()
                 beginMerge(merge);
             if (!mergeSlice(merge, slice)) {
                 QMetaObject::invokeMethod(
-                    &m_background.context, [this] { continueMerges(); }, Qt::QueuedConnection);
+                    &m_background.inbox, [this] { continueMerges(); }, Qt::QueuedConnection);
                 return;
             }
             endBatch();

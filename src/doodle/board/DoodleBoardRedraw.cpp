@@ -5,6 +5,9 @@
 
 #include <doodle/support/DoodleLog_p.h>
 
+#include <QCoreApplication>
+#include <QEvent>
+
 #include <cmath>
 
 QPointF DoodleReplayPainter::normalPosition(double x, double y) const
@@ -132,18 +135,28 @@ bool DoodleReplayPainter::replayAll(const QList<DoodleCacheEntry> &entries, Dood
     return true;
 }
 
+bool DoodleWorkerInbox::event(QEvent *event)
+{
+    if (onPosted)
+        onPosted();
+    return QObject::event(event);
+}
+
 DoodleBackgroundRedraw::DoodleBackgroundRedraw()
 {
     // One worker per board: a cancelled job stops at its next drawing, and the
     // one that replaces it waits for that.
-    pool.setMaxThreadCount(1);
+    m_pool.setMaxThreadCount(1);
+    inbox.onPosted = [this] { deliver(); };
 }
 
 DoodleBackgroundRedraw::~DoodleBackgroundRedraw()
 {
     // The worker must not outlive the board it reports to.
     cancel();
-    pool.waitForDone();
+    m_pool.waitForDone();
+    // Orders the worker's last hand-over before what goes with the board.
+    const std::lock_guard<std::mutex> lock(m_mutex);
 }
 
 bool DoodleBackgroundRedraw::cancel()
@@ -154,4 +167,41 @@ bool DoodleBackgroundRedraw::cancel()
     job->cancelled = true;
     job.reset();
     return true;
+}
+
+void DoodleBackgroundRedraw::run(std::function<void()> work, std::function<void()> done)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_tasks.push_back({std::move(work), std::move(done)});
+    }
+    m_pool.start([this] { runNext(); });
+}
+
+void DoodleBackgroundRedraw::runNext()
+{
+    Task task;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        task = std::move(m_tasks.front());
+        m_tasks.pop_front();
+    }
+    task.work();
+    task.work = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_done.push_back(std::move(task.done));
+    }
+    QCoreApplication::postEvent(&inbox, new QEvent(QEvent::User));
+}
+
+void DoodleBackgroundRedraw::deliver()
+{
+    std::deque<std::function<void()>> done;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        done.swap(m_done);
+    }
+    for (const std::function<void()> &each : done)
+        each();
 }

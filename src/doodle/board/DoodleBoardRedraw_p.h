@@ -15,7 +15,10 @@
 #include <QThreadPool>
 
 #include <atomic>
+#include <deque>
+#include <functional>
 #include <memory>
+#include <mutex>
 
 class DoodleSurface;
 
@@ -86,19 +89,48 @@ struct DoodleRedrawJob
     DoodleSavepoints saves;
 };
 
-// The board's worker and what it is doing. The worker touches nothing but its
-// job; its result reaches the GUI thread through `context`.
+// Hears of the worker's finished tasks on the GUI thread.
+class DoodleWorkerInbox : public QObject
+{
+public:
+    std::function<void()> onPosted;
+
+protected:
+    // Reads nothing of the event: the worker made it.
+    bool event(QEvent *event) override;
+};
+
+// The board's worker and what it is doing. A task's work runs on the worker
+// and touches nothing but its job; its ending runs on the GUI thread. Both go
+// through a standard mutex, whose ordering ThreadSanitizer sees, unlike that
+// of Qt's own locks.
 struct DOODLE_EXPORT DoodleBackgroundRedraw
 {
     DoodleBackgroundRedraw();
     ~DoodleBackgroundRedraw();
     // Cancels the job under way, if any; true if there was one.
     bool cancel();
+    // Runs `work` on the worker, then `done` on the GUI thread, unless the
+    // board is gone by then.
+    void run(std::function<void()> work, std::function<void()> done);
 
-    QObject context;
-    QThreadPool pool;
+    DoodleWorkerInbox inbox;
     std::shared_ptr<DoodleRedrawJob> job; // the pending one; none when settled
     // The cache changed other than at its end while the job ran: its picture
     // is out of date, and the redraw starts again from the cache as it is.
     bool diverged = false;
+
+private:
+    struct Task
+    {
+        std::function<void()> work;
+        std::function<void()> done;
+    };
+    void runNext();
+    void deliver();
+
+    std::mutex m_mutex;
+    std::deque<Task> m_tasks;
+    std::deque<std::function<void()>> m_done;
+    QThreadPool m_pool;
 };

@@ -155,19 +155,16 @@ void DoodleBoardCore::startBackgroundRedraw()
     // The worker reads the system font as the GUI thread last saw it.
     DoodleDrawInput::systemFont(1);
     m_background.job = job;
-    m_background.pool.start([this, job] {
-        DoodleSurface surface;
-        surface.setSize(job->surfaceSize);
-        surface.setScale(job->scale);
-        const DoodleReplayPainter painter(surface, job->boardSize);
-        if (!painter.replayAll(job->entries, job->saves, job->drawn, &job->cancelled))
-            return;
-        job->picture = surface.picture();
-        // Handled on the GUI thread, unless the board is gone by then.
-        QMetaObject::invokeMethod(
-            &m_background.context, [this, job] { finishBackgroundRedraw(job); },
-            Qt::QueuedConnection);
-    });
+    m_background.run(
+        [job] {
+            DoodleSurface surface;
+            surface.setSize(job->surfaceSize);
+            surface.setScale(job->scale);
+            const DoodleReplayPainter painter(surface, job->boardSize);
+            if (painter.replayAll(job->entries, job->saves, job->drawn, &job->cancelled))
+                job->picture = surface.picture();
+        },
+        [this, job] { finishBackgroundRedraw(job); });
 }
 
 void DoodleBoardCore::finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJob> &job)

@@ -3,12 +3,12 @@
 #include <QCoreApplication>
 #include <QFontDatabase>
 #include <QLocale>
-#include <QMutex>
 #include <QPolygonF>
 #include <QThread>
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 
 namespace {
 // Text sizes above this many surface diagonals show only a part of one glyph
@@ -113,16 +113,16 @@ QFont DoodleDrawInput::systemFont(double pixelSize)
 {
     // The platform's theme is read on the GUI thread only; a worker drawing
     // the board's text takes the font that thread last read.
-    static QMutex lock;
-    static QString known; // the font's description: a worker builds its own
+    static std::mutex lock; // a standard one: ThreadSanitizer sees its ordering
+    static QString known;   // the font's description: a worker builds its own
     QFont font;
     const QCoreApplication *app = QCoreApplication::instance();
     if (!app || QThread::currentThread() == app->thread()) {
         font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-        const QMutexLocker locked(&lock);
+        const std::lock_guard<std::mutex> locked(lock);
         known = font.toString();
     } else {
-        const QMutexLocker locked(&lock);
+        const std::lock_guard<std::mutex> locked(lock);
         font.fromString(known);
     }
     font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
