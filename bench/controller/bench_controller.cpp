@@ -566,6 +566,31 @@ BENCHMARK(BM_GuiThreadStall)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
+// The first undo after the board turned, its redraw (and savepoints) done on
+// the worker (range 1) or on the GUI thread (0).
+void BM_FirstUndoAfterTurn(benchmark::State &state)
+{
+    PhoneBoard phone(5000);
+    DoodleBoardCore::setBackgroundRedrawFrom(state.range(0) ? kSavepointStep : -1);
+    const DoodleActionPtr mine = wavyStroke(2500, 50);
+    quint64 stamp = 100000;
+    int round = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        mine->setSeqNo(++stamp);
+        phone.board.onDoodleActionReceived(QStringLiteral("me"), mine);
+        phone.board.resetDoodleViewFrame(round++ % 2 == 0 ? QRect(0, 0, 844, 390) : kFrame);
+        QEventLoop settle;
+        while (!phone.board.isPictureSettled())
+            settle.processEvents(QEventLoop::WaitForMoreEvents);
+        state.ResumeTiming();
+        phone.board.undo();
+    }
+    DoodleBoardCore::setBackgroundRedrawFrom(-1);
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_FirstUndoAfterTurn)->Arg(0)->Arg(1)->Iterations(6)->Unit(benchmark::kMicrosecond);
+
 } // namespace
 
 int main(int argc, char **argv)
