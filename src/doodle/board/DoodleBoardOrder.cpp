@@ -620,8 +620,9 @@ void DoodleBoardCore::mergeOnWorker(const std::shared_ptr<DoodleStateMerge> &mer
 {
     m_merges.append(merge);
     m_background.run([merge, text] { decodeState(text, *merge); },
-                     [this, merge] {
-                         merge->decoded = true;
+                     [this, decoded = merge]() mutable {
+                         decoded->decoded = true;
+                         decoded.reset(); // the queue holds it, and lets the worker free it
                          continueMerges();
                      });
 }
@@ -636,14 +637,16 @@ void DoodleBoardCore::continueMerges()
         } else {
             if (!merge.begun)
                 beginMerge(merge);
-            if (!mergeSlice(merge, slice)) {
-                QMetaObject::invokeMethod(
-                    &m_background.inbox, [this] { continueMerges(); }, Qt::QueuedConnection);
+            // The redraw that ends a merge gets a turn of its own.
+            if (!mergeSlice(merge, slice) || slice.hasExpired()) {
+                m_background.later([this] { continueMerges(); });
                 return;
             }
             endBatch();
         }
-        m_merges.removeFirst();
+        // Thousands of drawings it brought that the board held already: freed
+        // on the worker.
+        m_background.run([done = m_merges.takeFirst()] {}, {});
     }
     if (isPictureSettled())
         notifyPictureSettled();

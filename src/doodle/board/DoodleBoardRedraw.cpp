@@ -8,6 +8,8 @@
 #include <QCoreApplication>
 #include <QEvent>
 
+#include <utility>
+
 #include <cmath>
 
 QPointF DoodleReplayPainter::normalPosition(double x, double y) const
@@ -148,6 +150,12 @@ DoodleBackgroundRedraw::DoodleBackgroundRedraw()
     // one that replaces it waits for that.
     m_pool.setMaxThreadCount(1);
     inbox.onPosted = [this] { deliver(); };
+    m_later.setSingleShot(true);
+    m_later.setInterval(0);
+    QObject::connect(&m_later, &QTimer::timeout, &inbox, [this] {
+        if (const std::function<void()> next = std::exchange(m_next, nullptr))
+            next();
+    });
 }
 
 DoodleBackgroundRedraw::~DoodleBackgroundRedraw()
@@ -178,6 +186,12 @@ void DoodleBackgroundRedraw::run(std::function<void()> work, std::function<void(
     m_pool.start([this] { runNext(); });
 }
 
+void DoodleBackgroundRedraw::later(std::function<void()> next)
+{
+    m_next = std::move(next);
+    m_later.start();
+}
+
 void DoodleBackgroundRedraw::runNext()
 {
     Task task;
@@ -202,6 +216,8 @@ void DoodleBackgroundRedraw::deliver()
         const std::lock_guard<std::mutex> lock(m_mutex);
         done.swap(m_done);
     }
-    for (const std::function<void()> &each : done)
-        each();
+    for (const std::function<void()> &each : done) {
+        if (each)
+            each();
+    }
 }

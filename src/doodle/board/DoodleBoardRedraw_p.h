@@ -13,6 +13,7 @@
 #include <QRect>
 #include <QSizeF>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <atomic>
 #include <deque>
@@ -110,9 +111,12 @@ struct DOODLE_EXPORT DoodleBackgroundRedraw
     ~DoodleBackgroundRedraw();
     // Cancels the job under way, if any; true if there was one.
     bool cancel();
-    // Runs `work` on the worker, then `done` on the GUI thread, unless the
-    // board is gone by then.
+    // Runs `work` on the worker, then `done` (if any) on the GUI thread,
+    // unless the board is gone by then.
     void run(std::function<void()> work, std::function<void()> done);
+    // Runs `next` on the GUI thread once the event loop has turned: with
+    // timers, not posted events, so that everything else waiting gets its turn.
+    void later(std::function<void()> next);
 
     DoodleWorkerInbox inbox;
     std::shared_ptr<DoodleRedrawJob> job; // the pending one; none when settled
@@ -132,5 +136,7 @@ private:
     std::mutex m_mutex;
     std::deque<Task> m_tasks;
     std::deque<std::function<void()>> m_done;
+    QTimer m_later;
+    std::function<void()> m_next;
     QThreadPool m_pool;
 };

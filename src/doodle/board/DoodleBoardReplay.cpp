@@ -7,6 +7,8 @@
 
 #include <QVarLengthArray>
 
+#include <utility>
+
 namespace {
 
 // Past this many cached drawings a full redraw costs more than a frame, and
@@ -185,7 +187,8 @@ void DoodleBoardCore::finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJ
     // would have gone after a redraw on the GUI thread.
     for (qsizetype i = drawn; i < m_doodlePathCache.size(); ++i)
         drawEntry(i);
-    noteAppended(); // a savepoint holds every drawing up to the cache's end
+    if (drawn < m_doodlePathCache.size())
+        noteAppended(); // a savepoint holds every drawing up to the cache's end
     reapplyLiveErasure();
     if (isPictureSettled())
         notifyPictureSettled();
@@ -209,11 +212,17 @@ bool DoodleBoardCore::jobStillFits(const DoodleRedrawJob &job)
 
 void DoodleBoardCore::installRedraw(DoodleRedrawJob &job)
 {
-    cacheSurface()->setPicture(job.picture);
+    // The pictures replaced are freed on the worker: giving that much memory
+    // back takes milliseconds.
+    QList<QImage> replaced{cacheSurface()->picture()};
+    cacheSurface()->setPicture(std::exchange(job.picture, QImage()));
     for (qsizetype i = 0; i < job.drawn.size(); ++i)
         m_doodlePathCache.setDrawnRect(i, job.drawn.at(i));
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
+        replaced.append(std::exchange(m_saves[i].picture, QImage()));
         m_saves[i] = std::move(job.saves[i]);
+    }
+    m_background.run([replaced = std::move(replaced)] {}, {});
 }
 
 void DoodleBoardCore::setBackgroundRedrawFrom(qsizetype count)
