@@ -7,6 +7,11 @@ if(DOODLE_SANITIZE)
     target_compile_options(doodle_build_flags INTERFACE ${_doodle_san})
     target_link_options(doodle_build_flags INTERFACE ${_doodle_san})
 endif()
+if(DOODLE_SANITIZE_THREAD)
+    set(_doodle_tsan -fsanitize=thread -fno-omit-frame-pointer)
+    target_compile_options(doodle_build_flags INTERFACE ${_doodle_tsan})
+    target_link_options(doodle_build_flags INTERFACE ${_doodle_tsan})
+endif()
 
 # Links the project's flags into a target without exporting them with it.
 function(doodle_use_build_flags target)

@@ -1,17 +1,27 @@
 // Board controller at phone size (390 x 844 points, scale 3): drawing one
 // received stroke, rebuilding the board from the cache, undo on a full board,
 // each against bare QPainter drawing the same strokes; the cost of one finger
-// move while a stroke grows; and hostile input against the receiver limits.
+// move while a stroke grows; hostile input against the receiver limits; and
+// the GUI thread's longest stall in a rotation, a late join and a catch-up.
+// Full redraws run on the GUI thread here, as they did before the worker,
+// except where a benchmark chooses the worker.
 #include <doodle/Doodle.h>
+#include <doodle/board/DoodleBoardCore_p.h>
 
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
 #include <QPainter>
 #include <QPainterPath>
+#include <QTimer>
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
+#include <functional>
+#include <memory>
 
 namespace {
 
@@ -423,6 +433,164 @@ void BM_HostileInput(benchmark::State &state)
 BENCHMARK(BM_HostileInput)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_HostileInput)->Arg(2)->Iterations(3)->Unit(benchmark::kMillisecond);
 
+// The GUI thread while a 5 000-stroke board turns (range 0), a late joiner
+// merges its full state (1), or the board catches up with a peer's state that
+// brings 100 drawings it missed (2); the full redraw on the worker (range 1
+// = 1) or on the GUI thread (0). A 1 ms timer records the event loop's
+// longest stall ("slice_ms", wall clock, which includes time the busy machine
+// gave other threads) and the most CPU time the GUI thread spent between two
+// turns ("slice_cpu_ms"); the time is until the exact picture shows.
+class StallMeter
+{
+public:
+    StallMeter()
+    {
+        m_tick.setInterval(1);
+        m_tick.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&m_tick, &QTimer::timeout, [this] { lap(); });
+    }
+    // Runs `work` from the event loop and turns it until the board's exact
+    // picture shows; the milliseconds that took.
+    double run(const std::function<void()> &work, DoodleLayout &board)
+    {
+        QEventLoop loop;
+        double exact = -1;
+        const auto done = [&] {
+            if (exact < 0 && board.isPictureSettled()) {
+                exact = double(m_clock.nsecsElapsed()) / 1e6;
+                loop.quit();
+            }
+        };
+        const QMetaObject::Connection settled =
+            QObject::connect(&board, &DoodleLayout::pictureSettled, done);
+        m_longest = 0;
+        m_longestCpu = 0;
+        m_clock.start();
+        m_last = 0;
+        m_lastCpu = threadCpuMs();
+        m_tick.start();
+        QTimer::singleShot(0, [&] {
+            lap();
+            work();
+            lap();
+            done();
+        });
+        loop.exec();
+        m_tick.stop();
+        QObject::disconnect(settled);
+        return exact;
+    }
+    double longest() const { return m_longest; }
+    double longestCpu() const { return m_longestCpu; }
+
+private:
+    static double threadCpuMs()
+    {
+        timespec now{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+        return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+    }
+    void lap()
+    {
+        const double now = double(m_clock.nsecsElapsed()) / 1e6;
+        const double cpu = threadCpuMs();
+        m_longest = std::max(m_longest, now - m_last);
+        m_longestCpu = std::max(m_longestCpu, cpu - m_lastCpu);
+        m_last = now;
+        m_lastCpu = cpu;
+    }
+    QTimer m_tick;
+    QElapsedTimer m_clock;
+    double m_last = 0;
+    double m_longest = 0;
+    double m_lastCpu = 0;
+    double m_longestCpu = 0;
+};
+
+// A peer's states after it received 100 drawings more each time, which the
+// board missed.
+QStringList statesWithMissed(const QString &base, int rounds)
+{
+    DoodleLayout source(QStringLiteral("source"));
+    source.mergeState(base);
+    QStringList states;
+    for (int round = 0; round < rounds; ++round) {
+        for (int i = 0; i < 100; ++i) {
+            const int index = 5000 + round * 100 + i;
+            source.onDoodleActionReceived(QStringLiteral("away"), wavyStroke(index, 50));
+        }
+        states << source.exportState();
+    }
+    return states;
+}
+
+void BM_GuiThreadStall(benchmark::State &state)
+{
+    const qint64 scenario = state.range(0);
+    PhoneBoard phone(5000);
+    phone.board.view()->show();
+    const QString full = phone.board.exportState();
+    constexpr int kRounds = 4;
+    const QStringList catchUps = scenario == 2 ? statesWithMissed(full, kRounds) : QStringList();
+    DoodleBoardCore::setBackgroundRedrawFrom(state.range(1) ? kSavepointStep : -1);
+    StallMeter meter;
+    double longest = 0;
+    double longestCpu = 0;
+    int round = 0;
+    for (auto _ : state) {
+        std::unique_ptr<PhoneBoard> joiner;
+        if (scenario == 1) {
+            joiner = std::make_unique<PhoneBoard>();
+            joiner->board.view()->show();
+        }
+        DoodleLayout &board = joiner ? joiner->board : phone.board;
+        const int at = round++;
+        const auto work = [&] {
+            if (scenario == 0)
+                board.resetDoodleViewFrame(at % 2 == 0 ? QRect(0, 0, 844, 390) : kFrame);
+            else
+                board.mergeState(scenario == 1 ? full : catchUps.at(at));
+        };
+        const double exact = meter.run(work, board);
+        state.SetIterationTime(exact / 1e3);
+        longest = std::max(longest, meter.longest());
+        longestCpu = std::max(longestCpu, meter.longestCpu());
+    }
+    DoodleBoardCore::setBackgroundRedrawFrom(-1);
+    state.counters["slice_ms"] = longest;
+    state.counters["slice_cpu_ms"] = longestCpu;
+}
+BENCHMARK(BM_GuiThreadStall)
+    ->ArgsProduct({{0, 1, 2}, {0, 1}})
+    ->Iterations(4) // as many as the catch-up states
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+// The first undo after the board turned, its redraw (and savepoints) done on
+// the worker (range 1) or on the GUI thread (0).
+void BM_FirstUndoAfterTurn(benchmark::State &state)
+{
+    PhoneBoard phone(5000);
+    DoodleBoardCore::setBackgroundRedrawFrom(state.range(0) ? kSavepointStep : -1);
+    const DoodleActionPtr mine = wavyStroke(2500, 50);
+    quint64 stamp = 100000;
+    int round = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        mine->setSeqNo(++stamp);
+        phone.board.onDoodleActionReceived(QStringLiteral("me"), mine);
+        phone.board.resetDoodleViewFrame(round++ % 2 == 0 ? QRect(0, 0, 844, 390) : kFrame);
+        QEventLoop settle;
+        while (!phone.board.isPictureSettled())
+            settle.processEvents(QEventLoop::WaitForMoreEvents);
+        state.ResumeTiming();
+        phone.board.undo();
+    }
+    DoodleBoardCore::setBackgroundRedrawFrom(-1);
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_FirstUndoAfterTurn)->Arg(0)->Arg(1)->Iterations(6)->Unit(benchmark::kMicrosecond);
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -430,6 +598,7 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     DoodleScreen::setScaleOverride(3);
+    DoodleBoardCore::setBackgroundRedrawFrom(-1);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

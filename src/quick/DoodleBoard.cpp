@@ -286,6 +286,11 @@ bool DoodleBoard::mergeState(const QString &state)
     return d->mergeState(state);
 }
 
+bool DoodleBoard::isPictureSettled() const
+{
+    return d->isPictureSettled();
+}
+
 QString DoodleBoard::fingerprint() const
 {
     return QString::number(d->m_fingerprint, 16);

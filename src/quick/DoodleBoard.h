@@ -33,6 +33,7 @@ class DoodleBoard : public QQuickItem
     Q_PROPERTY(bool editable READ isEditable WRITE setEditable NOTIFY editableChanged)
     Q_PROPERTY(
         bool confirmsClear READ confirmsClear WRITE setConfirmsClear NOTIFY confirmsClearChanged)
+    Q_PROPERTY(bool pictureSettled READ isPictureSettled NOTIFY pictureSettled)
 public:
     explicit DoodleBoard(QQuickItem *parent = nullptr);
     ~DoodleBoard() override;
@@ -73,6 +74,12 @@ public:
     Q_INVOKABLE bool mergeState(const QString &state);
     // The fingerprint of what the board holds, in hex.
     Q_INVOKABLE QString fingerprint() const;
+    // A change of size, or a merge that redraws a board of more than a few
+    // dozen drawings, is drawn on a worker thread, and a large state is read
+    // there: meanwhile the previous picture shows, stretched to the new size.
+    // False while such work is pending; pictureSettled() is emitted when the
+    // exact picture is showing. mergeState() is then true for a state on its way.
+    bool isPictureSettled() const;
 
     // For a C++ host that carries the texts itself, as the Widgets board's
     // methods of the same names (DoodleLayout).
@@ -95,6 +102,7 @@ signals:
     void boardAspectChanged();
     void editableChanged();
     void confirmsClearChanged();
+    void pictureSettled();
     // Each local action, as its wire text.
     void actionGenerated(const QString &text);
     void cleared(const QString &userId);

@@ -51,6 +51,7 @@ public:
     void ensureChrome();
     void actionGenerated(const DoodleActionPtr &action) override;
     void notifyCleared(const QString &userId) override;
+    void notifyPictureSettled() override { emit q->pictureSettled(); }
     // Where the board sits in the item: all of it, or letterboxed to the aspect.
     QRect frame() const { return letterboxed(m_boardAspect, QRect(QPoint(), q->size().toSize())); }
     // The board's picture at that scale: its background, then the cache and

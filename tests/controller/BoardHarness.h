@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QObject>
 #include <QStringList>
+#include <QTest>
 
 #include <cmath>
 #include <functional>
@@ -59,7 +60,16 @@ struct Participant
         board.onDoodleActionReceived(sender, DoodleTranslate::doodleActionFromString(text));
     }
 
-    QImage cache() { return board.doodleView()->cacheCanvas()->cacheImage(); }
+    // The board's exact picture, once a redraw under way on the worker is in.
+    QImage cache()
+    {
+        settle(board);
+        return board.doodleView()->cacheCanvas()->cacheImage();
+    }
+    static bool settle(DoodleLayout &board)
+    {
+        return QTest::qWaitFor([&board] { return board.isPictureSettled(); }, 20000);
+    }
 
     RecordingHost host;
     DoodleLayout board;

@@ -4,10 +4,14 @@
 // senders, or one broker: one order for every board, each board's own actions
 // echoed, each board reading at its own pace, a peer without stamps drawing
 // through it and the third board joining late. At the end every board holds
-// the same cache and draws exactly what a fresh board draws from it.
+// the same cache and draws exactly what a fresh board draws from it. Half
+// the seeds draw every full redraw on the worker, the session going on while
+// it draws or waiting for its picture now and then.
 // DOODLE_SEEDS=N runs N seeds instead of the usual set, DOODLE_STEPS=N
 // sessions of N steps instead of 60.
 #include "BoardHarness.h"
+
+#include <doodle/board/DoodleBoardCore_p.h>
 
 #include <QLineEdit>
 #include <QMap>
@@ -141,8 +145,10 @@ QString stamplessText(QRandomGenerator &random)
 class Call
 {
 public:
-    explicit Call(Channel channel, quint32 seed) : m_channel(channel), m_peer(seed)
+    explicit Call(Channel channel, quint32 seed, bool background)
+        : m_channel(channel), m_background(background), m_peer(seed)
     {
+        DoodleBoardCore::setBackgroundRedrawFrom(background ? 0 : kSavepointStep);
         for (int i = 0; i < 3; ++i) {
             boards.emplace_back(std::make_unique<Participant>(kUsers.at(i), kSizes.at(i)));
             boards.back()->board.showToolBar();
@@ -206,6 +212,8 @@ public:
                     const QString state = a.exportState();
                     a.mergeState(b.exportState());
                     b.mergeState(state);
+                    Participant::settle(a);
+                    Participant::settle(b);
                 }
             }
         }
@@ -297,6 +305,9 @@ public:
             send(QStringLiteral("mallory"), op.text, -1);
             break;
         }
+        // Now and then the worker's picture comes in before the next step.
+        if (m_background && op.mode % 2 == 0)
+            Participant::settle(board);
     }
 
     template <typename At>
@@ -329,6 +340,8 @@ public:
     {
         if (sawNull)
             return QStringLiteral("a null action was handed to a host");
+        for (const auto &each : boards)
+            Participant::settle(each->board);
         const QStringList first = cacheTexts(0);
         for (int i = 0; i < 3; ++i) {
             if (cacheTexts(i) != first)
@@ -359,6 +372,7 @@ public:
 
 private:
     Channel m_channel;
+    bool m_background;
     QMap<QString, std::array<QStringList, 3>> m_queues;
     QList<std::pair<QString, QString>> m_log; // the broker's order: sender, text
     std::array<qsizetype, 3> m_read{};        // how far each board has read it
@@ -367,9 +381,9 @@ private:
     QRandomGenerator m_peer;
 };
 
-QString failure(const QList<Op> &ops, Channel channel, quint32 seed)
+QString failure(const QList<Op> &ops, Channel channel, quint32 seed, bool background)
 {
-    Call call(channel, seed);
+    Call call(channel, seed, background);
     for (qsizetype i = 0; i < ops.size(); ++i) {
         call.step(int(i), ops.size());
         call.run(ops.at(i));
@@ -381,14 +395,14 @@ QString failure(const QList<Op> &ops, Channel channel, quint32 seed)
 }
 
 // The shortest list found by dropping steps one at a time that still fails.
-QList<Op> shrunk(QList<Op> ops, Channel channel, quint32 seed)
+QList<Op> shrunk(QList<Op> ops, Channel channel, quint32 seed, bool background)
 {
     for (bool progress = true; progress;) {
         progress = false;
         for (qsizetype i = ops.size() - 1; i >= 0; --i) {
             QList<Op> fewer = ops;
             fewer.removeAt(i);
-            if (!failure(fewer, channel, seed).isEmpty()) {
+            if (!failure(fewer, channel, seed, background).isEmpty()) {
                 ops = fewer;
                 progress = true;
             }
@@ -411,22 +425,24 @@ private slots:
         QTest::addColumn<double>("scale");
         QTest::addColumn<Channel>("channel");
         QTest::addColumn<bool>("legacyPeer");
+        QTest::addColumn<bool>("background");
         const int seeds = qEnvironmentVariableIsSet("DOODLE_SEEDS")
                               ? qEnvironmentVariableIntValue("DOODLE_SEEDS")
                               : 16;
         for (int seed = 1; seed <= seeds; ++seed) {
             const double scale = seed % 4 == 0 ? 2.0 : 1.0;
+            const bool background = seed % 2 == 1;
             QTest::addRow("at once, seed %d", seed)
-                << quint32(seed) << scale << Channel::AtOnce << false;
+                << quint32(seed) << scale << Channel::AtOnce << false << background;
             QTest::addRow("reordering, seed %d", seed)
-                << quint32(seed) << scale << Channel::Reordering << false;
+                << quint32(seed) << scale << Channel::Reordering << false << background;
             QTest::addRow("one broker, a peer without stamps, seed %d", seed)
-                << quint32(seed) << scale << Channel::Broker << false;
+                << quint32(seed) << scale << Channel::Broker << false << background;
         }
         // Between peers that all lack stamps, only where nothing is reordered.
         for (int seed = 1; seed <= 4; ++seed)
             QTest::addRow("peer without stamps, seed %d", seed)
-                << quint32(seed) << 1.0 << Channel::AtOnce << true;
+                << quint32(seed) << 1.0 << Channel::AtOnce << true << (seed % 2 == 1);
     }
     void randomSessionsConverge()
     {
@@ -434,6 +450,7 @@ private slots:
         QFETCH(double, scale);
         QFETCH(Channel, channel);
         QFETCH(bool, legacyPeer);
+        QFETCH(bool, background);
         DoodleScreen::setScaleOverride(scale);
         QRandomGenerator random(seed);
         QList<Op> ops;
@@ -442,9 +459,9 @@ private slots:
                               : 60;
         for (int i = 0; i < steps; ++i)
             ops << randomOp(random, legacyPeer);
-        const QString problem = failure(ops, channel, seed);
+        const QString problem = failure(ops, channel, seed, background);
         if (!problem.isEmpty()) {
-            for (const Op &op : shrunk(ops, channel, seed))
+            for (const Op &op : shrunk(ops, channel, seed, background))
                 qWarning().noquote() << describe(op);
         }
         QVERIFY2(problem.isEmpty(), qPrintable(problem));

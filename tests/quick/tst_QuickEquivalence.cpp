@@ -6,6 +6,7 @@
 
 #include <DoodleBoard.h>
 #include <doodle/board/DoodleBarLayout_p.h>
+#include <doodle/board/DoodleBoardCore_p.h>
 
 #include <QQuickWindow>
 #include <QSGRendererInterface>
@@ -145,6 +146,7 @@ private slots:
     {
         QTest::addColumn<QList<DoodleActionPtr>>("session");
         QTest::addColumn<QSizeF>("aspect");
+        QTest::addColumn<bool>("worker"); // reshaped after the session, redrawn on the worker
         const QString a = QStringLiteral("anna"), b = QStringLiteral("ben");
         const auto line = [](const QString &user, double y, const QColor &color, float width) {
             return strokeAction(user, {{-0.8, y}, {-0.2, y + 0.3}, {0.4, y - 0.2}, {0.9, y}}, color,
@@ -153,7 +155,7 @@ private slots:
         QTest::newRow("strokes and a dot")
             << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.03f), line(b, 0.2, Qt::blue, 0.1f),
                                       strokeAction(a, {{0.1, 0.1}, {0.1, 0.1}}, Qt::black, 0.05f)}
-            << QSizeF();
+            << QSizeF() << false;
         QTest::newRow("shapes") << QList<DoodleActionPtr>{boxAction(DoodleActionTypeRectangle, a,
                                                                     {-0.7, -0.6, 0.8, 0.5}),
                                                           boxAction(DoodleActionTypeEllipse, b,
@@ -162,37 +164,55 @@ private slots:
                                                           boxAction(DoodleActionTypeArrow, a,
                                                                     {-0.9, 0.8, 1.6, -1.5},
                                                                     Qt::magenta)}
-                                << QSizeF();
+                                << QSizeF() << false;
         QTest::newRow("eraser over strokes")
             << QList<DoodleActionPtr>{line(a, -0.2, Qt::red, 0.2f), line(b, 0.3, Qt::blue, 0.1f),
                                       strokeAction(b, {{-1, -1}, {0, 0}, {1, 1}}, Qt::black, 0.08f,
                                                    DoodleActionTypeEraser)}
-            << QSizeF();
+            << QSizeF() << false;
         QTest::newRow("text") << QList<DoodleActionPtr>{textAction(a, {-0.8, -0.3}, "Hello"),
                                                         line(b, 0.0, Qt::red, 0.02f)}
-                              << QSizeF();
+                              << QSizeF() << false;
         QTest::newRow("shapes on a square board")
             << QList<DoodleActionPtr>{boxAction(DoodleActionTypeEllipse, a, {-0.8, -0.8, 1.6, 1.6}),
                                       line(b, 0.0, Qt::red, 0.05f)}
-            << QSizeF(1, 1);
+            << QSizeF(1, 1) << false;
         QTest::newRow("undo and clear")
             << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.05f), line(b, 0.0, Qt::blue, 0.05f),
                                       commandAction(DoodleActionTypeUndo, a),
                                       commandAction(DoodleActionTypeClean, b),
                                       line(a, 0.5, Qt::darkGreen, 0.05f)}
-            << QSizeF();
+            << QSizeF() << false;
+        QTest::newRow("text and an eraser, reshaped on the worker")
+            << QList<DoodleActionPtr>{textAction(a, {-0.8, -0.3}, "Hello"),
+                                      line(b, 0.0, Qt::red, 0.05f),
+                                      strokeAction(b, {{-1, -1}, {1, 1}}, Qt::black, 0.08f,
+                                                   DoodleActionTypeEraser)}
+            << QSizeF(1, 1) << true;
     }
 
     void sameSessionsSamePixels()
     {
         QFETCH(QList<DoodleActionPtr>, session);
         QFETCH(QSizeF, aspect);
+        QFETCH(bool, worker);
         WidgetBoard widget;
         QuickBoard quick;
-        widget.board.setBoardAspect(aspect);
-        quick.board->setBoardAspect(aspect);
+        DoodleBoardCore::setBackgroundRedrawFrom(worker ? 0 : kSavepointStep);
+        const auto reshape = [&] {
+            widget.board.setBoardAspect(aspect);
+            quick.board->setBoardAspect(aspect);
+        };
+        if (!worker)
+            reshape();
         for (const DoodleActionPtr &action : session)
             sendToBoth(widget, quick, action);
+        if (worker) {
+            reshape();
+            QVERIFY(!quick.board->isPictureSettled());
+            QTRY_VERIFY(quick.board->isPictureSettled() && widget.board.isPictureSettled());
+        }
+        DoodleBoardCore::setBackgroundRedrawFrom(kSavepointStep);
         const QImage w = widget.picture();
         const QImage q = boardPicture(quick, widget);
         QCOMPARE(q.size(), w.size());

@@ -6,6 +6,7 @@
 // gesture under way and the limits on what others send. A front-end derives
 // from it and gives it a canvas. Not installed.
 #include <doodle/board/DoodleBoardCanvas_p.h>
+#include <doodle/board/DoodleBoardRedraw_p.h>
 #include <doodle/board/DoodleBoardTypes.h>
 #include <doodle/model/DoodleAction.h>
 #include <doodle/model/DoodlePathCache.h>
@@ -16,13 +17,15 @@
 #include <QPointF>
 #include <QRectF>
 
+#include <QHash>
+#include <QList>
 #include <QSet>
 #include <QString>
 
 #include <memory>
 #include <optional>
 
-class QJsonArray;
+class QDeadlineTimer;
 
 // The tool, width and colour a gesture was started with: everything it draws
 // and the action it commits use these, whatever the tool state becomes meanwhile.
@@ -31,17 +34,6 @@ struct DoodleGestureTool
     qint64 mode = DoodleActionModeNone;
     double width = 0; // view points: the brush, eraser or text size
     QColor color;
-};
-
-// The cache canvas's picture of the first `count` cached drawings: a region
-// redraw starts from it and replays only what came after.
-struct DoodleSavepoint
-{
-    QImage picture;
-    qsizetype count = -1; // -1: none
-    // A drawing came in or went before `count` and is not yet drawn here: the
-    // next region redraw mends the region it covers.
-    bool stale = false;
 };
 
 // An order stamp: a Lamport clock, ties broken by the sender the channel named.
@@ -85,12 +77,40 @@ struct DoodleBatch
     QRectF region;
     qsizetype changes = 0;
     bool whole = false;
+    int depth = 0; // batches begun inside this one and not ended yet
+};
+
+// A drawing as a state brings it.
+struct DoodleStateEntry
+{
+    QString owner;
+    DoodleActionPtr action;
+    std::optional<DoodleAnchor> anchor;
+};
+
+// A state being merged: read (on the worker, for a large one), then taken into
+// the cache, a slice of the GUI thread at a time.
+struct DoodleStateMerge
+{
+    bool decoded = false;
+    bool valid = false;
+    QString problem;
+    quint64 clock = 0;
+    std::optional<DoodleStamp> clear;
+    QList<DoodleStamp> undone;
+    QList<DoodleStateEntry> actions;
+    // Taking it in.
+    bool begun = false;
+    qsizetype next = 0;
+    bool takeUnstamped = false;
+    std::optional<DoodleStamp> previous; // the last stamped drawing met in the state
+    QHash<quint64, qsizetype> held;      // copies without a stamp the board holds, by hash
 };
 
 class DOODLE_EXPORT DoodleBoardCore
 {
 public:
-    virtual ~DoodleBoardCore() = default;
+    virtual ~DoodleBoardCore();
 
     // Coordinates: normalised ("logic", -1 to 1 on each axis, sizes against
     // the width) and the board's own ("normal", view points).
@@ -113,14 +133,27 @@ public:
     // Replay.
     DoodleSurface *cacheSurface() { return &m_canvas->cacheSurface(); }
     QRect paint(const DoodleAction &action);
-    void paintBox(const DoodleAction &action, double lineWidth);
     void drawEntry(qsizetype index);
-    void drawStroke(const DoodleAction &action);
     // The stroke through the points; `isDot` tells when several points share one place.
     QPainterPath smoothedPath(const DoodlePointList &points, bool *isDot = nullptr) const;
     // Draws the whole cache afresh and takes new savepoints; nothing while
-    // the board is not shown.
+    // the board is not shown. A cache past a few dozen drawings is drawn on
+    // the worker while the previous picture stays, stretched to the bounds.
     void redrawAll();
+    void redrawAllNow();
+    // The background redraw: started, and its picture swapped in.
+    void startBackgroundRedraw();
+    void finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJob> &job);
+    bool jobStillFits(const DoodleRedrawJob &job);
+    void installRedraw(DoodleRedrawJob &job);
+    bool isPictureSettled() const { return !m_background.job && m_merges.isEmpty(); }
+    // The front-end's hook: a background redraw's picture was swapped in, or
+    // the picture became exact otherwise while one was pending.
+    virtual void notifyPictureSettled() {}
+    // Caches of more drawings than this are redrawn in the background
+    // (negative: never); tests and benchmarks choose either path with it.
+    static void setBackgroundRedrawFrom(qsizetype count);
+    static qsizetype backgroundRedrawFrom();
     // Redraws the region from the cache, from the newest savepoint that is not
     // stale, and mends the stale ones it passes.
     void redrawRegion(const QRectF &area);
@@ -156,8 +189,14 @@ public:
     // Takes a clear newer than the last one; true if it removed drawings.
     bool applyClear(const DoodleStamp &stamp);
     void redrawAfterClear();
-    void mergeUndone(const QJsonArray &undone);
-    void mergeActions(const QJsonArray &actions, bool takeUnstamped);
+    void mergeUndone(const QList<DoodleStamp> &undone);
+    static void decodeState(const QString &text, DoodleStateMerge &merge);
+    void beginMerge(DoodleStateMerge &merge);
+    // Takes the state's drawings until the deadline; true when all are in.
+    bool mergeSlice(DoodleStateMerge &merge, const QDeadlineTimer &deadline);
+    void mergeEntry(DoodleStateMerge &merge, const DoodleStateEntry &entry);
+    void mergeOnWorker(const std::shared_ptr<DoodleStateMerge> &merge, const QString &text);
+    void continueMerges();
     qsizetype unstampedIndex(const std::optional<DoodleStamp> &after) const;
     // The shared order of a channel: where a drawing anchored there goes, the
     // anchor a received action sets, and a better anchor a state brings.
@@ -261,6 +300,7 @@ public:
     quint64 m_channelRank = 0;   // drawings without a stamp it brought since
     DoodleAnchor m_received;     // the place of the one being received
     std::optional<DoodleBatch> m_batch;
+    QList<std::shared_ptr<DoodleStateMerge>> m_merges; // large states on their way in
     // The gesture under way, in the board's coordinates.
     QPointF m_strokeEnd; // where the last previewed segment of the stroke ended
     QPainterPath m_tail; // from there to the pointer
@@ -276,4 +316,5 @@ public:
     QPainterPath m_path;
     bool m_hasPath = false;
     QRectF m_liveErased; // what a live eraser cleared on the cache canvas
+    DoodleBackgroundRedraw m_background;
 };

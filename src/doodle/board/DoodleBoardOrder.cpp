@@ -6,6 +6,7 @@
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
 
+#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -22,6 +23,11 @@ constexpr quint64 kLargestStamp = (quint64(1) << 53) - 1;
 // region; past it the board is drawn afresh (a merge into an empty board
 // brings thousands).
 constexpr qsizetype kBatchLimit = 64;
+// A state longer than this many characters for each drawing a full redraw
+// takes on the GUI thread is read on the worker.
+constexpr qsizetype kStateCharsPerDrawing = 512;
+// The GUI thread takes a merged state's drawings in slices this long.
+constexpr qint64 kMergeSliceMs = 4;
 
 // FNV-1a over values fed byte by byte, least significant first: the same on
 // every platform and Qt version, unlike qHash.
@@ -288,6 +294,12 @@ void DoodleBoardCore::placeEntry(qsizetype index)
         noteAppended();
         return;
     }
+    // A late arrival on a picture about to be replaced: the redraw under way
+    // starts again once done.
+    if (m_background.job) {
+        m_background.diverged = true;
+        return;
+    }
     // A late arrival: only the region it covers is drawn again, in order.
     const QRect rect = measureEntry(index);
     if (overlapsLaterEntries(index, rect)) {
@@ -335,7 +347,11 @@ bool DoodleBoardCore::overlapsLaterEntries(qsizetype index, const QRect &rect) c
 
 void DoodleBoardCore::beginBatch()
 {
-    m_batch = DoodleBatch();
+    // Inside a merge taken a slice at a time, the changes join its batch.
+    if (m_batch)
+        ++m_batch->depth;
+    else
+        m_batch = DoodleBatch();
 }
 
 void DoodleBoardCore::batchChange(qsizetype inserted, const QRectF &removed)
@@ -349,6 +365,10 @@ void DoodleBoardCore::batchChange(qsizetype inserted, const QRectF &removed)
 
 void DoodleBoardCore::endBatch()
 {
+    if (m_batch->depth > 0) {
+        --m_batch->depth;
+        return;
+    }
     const DoodleBatch batch = *m_batch;
     m_batch.reset();
     if (batch.whole)
@@ -484,79 +504,152 @@ bool DoodleBoardCore::mergeState(const QString &text)
                   static_cast<long long>(text.size()));
         return false;
     }
-    QString problem;
-    const std::optional<QByteArray> json = DoodleStateText::unpack(text, kMaxStateBytes, &problem);
-    if (!json) {
-        qCWarning(lcDoodle, "%s; not merged", qPrintable(problem));
+    auto merge = std::make_shared<DoodleStateMerge>();
+    const qsizetype from = backgroundRedrawFrom();
+    if (m_canvas->isShown() && from >= 0 && text.size() > from * kStateCharsPerDrawing) {
+        mergeOnWorker(merge, text);
+        return true;
+    }
+    decodeState(text, *merge);
+    if (!merge->valid) {
+        qCWarning(lcDoodle, "%s; not merged", qPrintable(merge->problem));
         return false;
     }
-    const QJsonObject state = QJsonDocument::fromJson(*json).object();
-    if (state.value(QStringLiteral("doodle_state")).toInt() != 1) {
-        qCWarning(lcDoodle, "not a board state; not merged");
-        return false;
-    }
-    observeClock(quint64(std::max<qint64>(0, state.value(QStringLiteral("clock")).toInteger())));
-    // One redraw for the whole merge, of what it changed.
-    beginBatch();
-    const auto clear = stampFrom(state.value(QStringLiteral("clear")));
-    if (clear && applyClear(*clear))
-        m_batch->whole = true;
-    mergeUndone(state.value(QStringLiteral("undone")).toArray());
-    // The state's drawings without a stamp came after its clear; a later clear
-    // here removes them, as it did the ones this board held.
-    mergeActions(state.value(QStringLiteral("actions")).toArray(), clear == m_lastClear);
+    beginMerge(*merge);
+    mergeSlice(*merge, QDeadlineTimer(QDeadlineTimer::Forever));
     endBatch();
     return true;
 }
 
-void DoodleBoardCore::mergeUndone(const QJsonArray &undone)
+// Reads the state's text; touches nothing of the board, so it runs on any thread.
+void DoodleBoardCore::decodeState(const QString &text, DoodleStateMerge &merge)
 {
-    for (const QJsonValue &value : undone) {
-        const auto stamp = stampFrom(value);
-        if (!stamp)
-            continue;
-        bool present = false;
-        const qsizetype index = insertionIndex(*stamp, &present);
-        if (present)
-            removeEntry(index);
-        else
-            rememberUndone(*stamp);
+    const std::optional<QByteArray> json =
+        DoodleStateText::unpack(text, kMaxStateBytes, &merge.problem);
+    if (!json)
+        return;
+    const QJsonObject state = QJsonDocument::fromJson(*json).object();
+    if (state.value(QStringLiteral("doodle_state")).toInt() != 1) {
+        merge.problem = QStringLiteral("not a board state");
+        return;
+    }
+    merge.valid = true;
+    merge.clock = quint64(std::max<qint64>(0, state.value(QStringLiteral("clock")).toInteger()));
+    merge.clear = stampFrom(state.value(QStringLiteral("clear")));
+    for (const QJsonValue &value : state.value(QStringLiteral("undone")).toArray()) {
+        if (const auto stamp = stampFrom(value))
+            merge.undone.append(*stamp);
+    }
+    for (const QJsonValue &value : state.value(QStringLiteral("actions")).toArray()) {
+        const QJsonArray pair = value.toArray();
+        DoodleActionPtr action = DoodleTranslate::doodleActionFromString(pair.at(1).toString());
+        if (action && doodleIsDrawnActionType(action->actionType()))
+            merge.actions.append(
+                {pair.at(0).toString(), std::move(action), anchorFrom(pair.at(2))});
     }
 }
 
-void DoodleBoardCore::mergeActions(const QJsonArray &actions, bool takeUnstamped)
+void DoodleBoardCore::beginMerge(DoodleStateMerge &merge)
 {
-    // The drawings without a stamp this board holds, by hash: a copy in the
-    // state is taken only beyond as many as are here.
-    QHash<quint64, qsizetype> held;
+    merge.begun = true;
+    observeClock(merge.clock);
+    // One redraw for the whole merge, of what it changed.
+    beginBatch();
+    if (merge.clear && applyClear(*merge.clear))
+        m_batch->whole = true;
+    mergeUndone(merge.undone);
+    // The state's drawings without a stamp came after its clear; a later clear
+    // here removes them, as it did the ones this board held. A copy of one
+    // this board holds is taken only beyond as many as are here.
+    merge.takeUnstamped = merge.clear == m_lastClear;
     for (const DoodleCacheEntry &entry : m_doodlePathCache.entries()) {
         if (entry.action->seqNo() == 0)
-            ++held[entryHash(entry.owner, *entry.action)];
+            ++merge.held[entryHash(entry.owner, *entry.action)];
     }
-    std::optional<DoodleStamp> previous; // the last stamped drawing met in the state
-    for (const QJsonValue &value : actions) {
-        const QJsonArray pair = value.toArray();
-        const QString owner = pair.at(0).toString();
-        const DoodleActionPtr action =
-            DoodleTranslate::doodleActionFromString(pair.at(1).toString());
-        if (!action || !doodleIsDrawnActionType(action->actionType()) || m_muted.contains(owner))
-            continue;
-        if (action->seqNo() != 0) {
-            previous = DoodleStamp{action->seqNo(), owner};
-            if (withinLimits(owner, *action))
-                receiveDrawing(action, owner);
-            continue;
-        }
-        if (const auto anchor = anchorFrom(pair.at(2))) {
-            mergeAnchored(owner, action, *anchor);
-            continue;
-        }
-        qsizetype &copies = held[entryHash(owner, *action)];
-        if (copies > 0)
-            --copies;
-        else if (takeUnstamped && withinLimits(owner, *action))
-            insertEntry(unstampedIndex(previous), action, owner);
+}
+
+void DoodleBoardCore::mergeUndone(const QList<DoodleStamp> &undone)
+{
+    for (const DoodleStamp &stamp : undone) {
+        bool present = false;
+        const qsizetype index = insertionIndex(stamp, &present);
+        if (present)
+            removeEntry(index);
+        else
+            rememberUndone(stamp);
     }
+}
+
+bool DoodleBoardCore::mergeSlice(DoodleStateMerge &merge, const QDeadlineTimer &deadline)
+{
+    for (; merge.next < merge.actions.size(); ++merge.next) {
+        if (deadline.hasExpired())
+            return false;
+        mergeEntry(merge, merge.actions.at(merge.next));
+    }
+    return true;
+}
+
+void DoodleBoardCore::mergeEntry(DoodleStateMerge &merge, const DoodleStateEntry &entry)
+{
+    const QString &owner = entry.owner;
+    const DoodleActionPtr &action = entry.action;
+    if (m_muted.contains(owner))
+        return;
+    if (action->seqNo() != 0) {
+        merge.previous = DoodleStamp{action->seqNo(), owner};
+        if (withinLimits(owner, *action))
+            receiveDrawing(action, owner);
+        return;
+    }
+    if (entry.anchor) {
+        mergeAnchored(owner, action, *entry.anchor);
+        return;
+    }
+    qsizetype &copies = merge.held[entryHash(owner, *action)];
+    if (copies > 0)
+        --copies;
+    else if (merge.takeUnstamped && withinLimits(owner, *action))
+        insertEntry(unstampedIndex(merge.previous), action, owner);
+}
+
+// A large state is read on the worker, then taken in a slice of the GUI
+// thread at a time, in the order the states came.
+void DoodleBoardCore::mergeOnWorker(const std::shared_ptr<DoodleStateMerge> &merge,
+                                    const QString &text)
+{
+    m_merges.append(merge);
+    m_background.run([merge, text] { decodeState(text, *merge); },
+                     [this, decoded = merge]() mutable {
+                         decoded->decoded = true;
+                         decoded.reset(); // the queue holds it, and lets the worker free it
+                         continueMerges();
+                     });
+}
+
+void DoodleBoardCore::continueMerges()
+{
+    const QDeadlineTimer slice(kMergeSliceMs);
+    while (!m_merges.isEmpty() && m_merges.first()->decoded) {
+        DoodleStateMerge &merge = *m_merges.first();
+        if (!merge.valid) {
+            qCWarning(lcDoodle, "%s; not merged", qPrintable(merge.problem));
+        } else {
+            if (!merge.begun)
+                beginMerge(merge);
+            // The redraw that ends a merge gets a turn of its own.
+            if (!mergeSlice(merge, slice) || slice.hasExpired()) {
+                m_background.later([this] { continueMerges(); });
+                return;
+            }
+            endBatch();
+        }
+        // Thousands of drawings it brought that the board held already: freed
+        // on the worker.
+        m_background.run([done = m_merges.takeFirst()] {}, {});
+    }
+    if (isPictureSettled())
+        notifyPictureSettled();
 }
 
 // A drawing of the shared order is known by its place there. A copy this board

@@ -2,60 +2,26 @@
 // pictures, the full rebuild from the cache, savepoints and region redraw.
 #include "DoodleBoardCore_p.h"
 
+#include <doodle/board/DoodleDrawInput.h>
 #include <doodle/support/DoodleLog_p.h>
 
 #include <QVarLengthArray>
 
-#include <cmath>
+#include <utility>
 
 namespace {
 
-// A savepoint is taken every this many drawings, so an undo of a recent
-// drawing replays at most twice as many, whatever the board holds; a coarse
-// one, further behind, serves drawings that arrive late.
-constexpr qsizetype kSavepointStep = 32;
-constexpr qsizetype kCoarseStep = 256;
-constexpr int kCoarse = 2; // the coarse one's slot
+// Past this many cached drawings a full redraw costs more than a frame, and
+// runs on the worker.
+qsizetype g_backgroundFrom = kSavepointStep;
 
 } // namespace
 
+DoodleBoardCore::~DoodleBoardCore() = default;
+
 QRect DoodleBoardCore::paint(const DoodleAction &a)
 {
-    DoodleSurface *canvas = cacheSurface();
-    const double lineWidth = normalFromLogicWidth(a.brushWidth());
-    switch (a.actionType()) {
-    case DoodleActionTypeStroke:
-    case DoodleActionTypeEraser:
-        drawStroke(a);
-        break;
-    case DoodleActionTypeText:
-        canvas->drawText(normalFromLogicPosition(a.x(), a.y()), a.text(),
-                         normalFromLogicWidth(a.textSize()), a.brushColor());
-        break;
-    case DoodleActionTypeEllipse:
-    case DoodleActionTypeRectangle:
-        paintBox(a, lineWidth);
-        break;
-    case DoodleActionTypeArrow:
-        canvas->drawArrow(normalFromLogicPosition(a.x(), a.y()),
-                          normalFromLogicPosition(a.endX(), a.endY()), lineWidth, a.brushColor());
-        break;
-    default:
-        return QRect();
-    }
-    return canvas->lastPaintedRect();
-}
-
-void DoodleBoardCore::paintBox(const DoodleAction &a, double lineWidth)
-{
-    const QRectF logic(double(a.x()), double(a.y()), double(a.width()), double(a.height()));
-    const QRectF rect = normalFromLogicRect(logic);
-    if (a.actionType() == DoodleActionTypeRectangle) {
-        cacheSurface()->drawRectangle(rect, lineWidth, a.brushColor());
-    } else {
-        cacheSurface()->drawEllipse(rect, lineWidth, a.brushColor());
-        DOODLE_LOG(QStringLiteral("CGRectMake %1").arg(DoodleNumber::rectText(logic)));
-    }
+    return DoodleReplayPainter(*cacheSurface(), boardSize()).paint(a);
 }
 
 void DoodleBoardCore::drawEntry(qsizetype index)
@@ -64,46 +30,10 @@ void DoodleBoardCore::drawEntry(qsizetype index)
     m_doodlePathCache.setDrawnRect(index, paint(*entry.action));
 }
 
-void DoodleBoardCore::drawStroke(const DoodleAction &action)
-{
-    bool dot = false;
-    const QPainterPath path = smoothedPath(action.pathPoints(), &dot);
-    const double width = normalFromLogicWidth(double(action.brushWidth()));
-    const bool erase = action.actionType() != DoodleActionTypeStroke;
-    if (dot)
-        cacheSurface()->drawDot(path.currentPosition(), width, action.brushColor(), erase);
-    else if (!erase)
-        cacheSurface()->drawPath(path, width, action.brushColor());
-    else
-        cacheSurface()->erasePath(path, width);
-}
-
 QPainterPath DoodleBoardCore::smoothedPath(const DoodlePointList &points, bool *isDot) const
 {
-    // Each point is the control point of a curve that ends halfway to the next
-    // one; the last curve reaches the last point. Points that are malformed or
-    // not finite are skipped.
-    QPainterPath path;
-    QPointF previous;
-    qsizetype count = 0;
-    for (const DoodlePoint &point : points) {
-        if (point.size() < 3)
-            continue;
-        const QPointF current = normalFromLogicPosition(point.x(), point.y());
-        if (!std::isfinite(current.x()) || !std::isfinite(current.y()))
-            continue;
-        if (count++ == 0) {
-            path.moveTo(current);
-        } else {
-            path.quadTo(previous, (previous + current) / 2);
-        }
-        previous = current;
-    }
-    if (path.elementCount() > 1)
-        path.quadTo(previous, previous);
-    if (isDot)
-        *isDot = count > 1 && path.elementCount() == 1; // several points in one place
-    return path;
+    DoodleSurface unused;
+    return DoodleReplayPainter(unused, boardSize()).smoothedPath(points, isDot);
 }
 
 void DoodleBoardCore::dropSavepoints(qsizetype keepUpTo)
@@ -116,13 +46,7 @@ void DoodleBoardCore::dropSavepoints(qsizetype keepUpTo)
 
 void DoodleBoardCore::takeSavepoint(qsizetype count, bool coarse)
 {
-    // A fine savepoint reuses the memory of the older fine one.
-    DoodleSavepoint &save = coarse                                ? m_saves[kCoarse]
-                            : m_saves[0].count < m_saves[1].count ? m_saves[0]
-                                                                  : m_saves[1];
-    cacheSurface()->copyPicture(save.picture);
-    save.count = count;
-    save.stale = false;
+    DoodleReplayPainter::takeSavepoint(*cacheSurface(), m_saves, count, coarse);
 }
 
 void DoodleBoardCore::shiftSavepoints(qsizetype index, int shift)
@@ -137,19 +61,25 @@ void DoodleBoardCore::shiftSavepoints(qsizetype index, int shift)
 
 void DoodleBoardCore::noteAppended()
 {
-    // Never while a live eraser has cleared pixels the cache does not hold yet.
-    if (!m_liveErased.isEmpty())
+    // Never while a live eraser has cleared pixels the cache does not hold
+    // yet, nor on a picture a background redraw is about to replace.
+    if (!m_liveErased.isEmpty() || m_background.job)
         return;
     const qsizetype count = m_doodlePathCache.size();
     const qsizetype fine = std::max<qsizetype>({m_saves[0].count, m_saves[1].count, 0});
     if (count - fine >= kSavepointStep)
         takeSavepoint(count, false);
-    if (count - std::max<qsizetype>(m_saves[kCoarse].count, 0) >= kCoarseStep)
+    if (count - std::max<qsizetype>(m_saves[kCoarseSave].count, 0) >= kCoarseStep)
         takeSavepoint(count, true);
 }
 
 void DoodleBoardCore::redrawRegion(const QRectF &area)
 {
+    // The pending background redraw is out of date: it starts again when done.
+    if (m_background.job) {
+        m_background.diverged = true;
+        return;
+    }
     DoodleSurface *canvas = cacheSurface();
     const QRect region = area.toAlignedRect() & canvas->rect();
     // Stale savepoints lack a drawing that came in or still hold one that
@@ -192,21 +122,117 @@ void DoodleBoardCore::redrawAll()
 {
     if (!m_canvas->isShown())
         return;
-    cacheSurface()->clear(false);
     const qsizetype count = m_doodlePathCache.size();
     DOODLE_LOG(QStringLiteral("addAction %1").arg(DoodleNumber::printfD(count)));
-    dropSavepoints(-1);
-    const qsizetype fine = std::max<qsizetype>(0, count - kSavepointStep);
-    const qsizetype coarse = std::max<qsizetype>(0, count - kCoarseStep);
-    for (qsizetype i = 0; i <= count; ++i) {
-        if (i == coarse)
-            takeSavepoint(i, true);
-        if (i == fine)
-            takeSavepoint(i, false);
-        if (i < count)
-            drawEntry(i);
-    }
+    if (g_backgroundFrom >= 0 && count > g_backgroundFrom)
+        startBackgroundRedraw();
+    else
+        redrawAllNow();
+}
+
+void DoodleBoardCore::redrawAllNow()
+{
+    const bool wasPending = m_background.cancel();
+    DoodleSurface *canvas = cacheSurface();
+    canvas->clear(false);
+    QList<QRect> drawn;
+    DoodleReplayPainter(*canvas, boardSize())
+        .replayAll(m_doodlePathCache.entries(), m_saves, drawn);
+    for (qsizetype i = 0; i < drawn.size(); ++i)
+        m_doodlePathCache.setDrawnRect(i, drawn.at(i));
     reapplyLiveErasure();
+    if (wasPending && isPictureSettled())
+        notifyPictureSettled();
+}
+
+void DoodleBoardCore::startBackgroundRedraw()
+{
+    // A redraw under way is for an older size or cache: it stops.
+    m_background.cancel();
+    auto job = std::make_shared<DoodleRedrawJob>();
+    job->entries = m_doodlePathCache.entries();
+    job->surfaceSize = cacheSurface()->size();
+    job->boardSize = boardSize();
+    job->scale = cacheSurface()->scale();
+    // The worker reads the system font as the GUI thread last saw it.
+    DoodleDrawInput::systemFont(1);
+    m_background.job = job;
+    m_background.run(
+        [job] {
+            DoodleSurface surface;
+            surface.setSize(job->surfaceSize);
+            surface.setScale(job->scale);
+            const DoodleReplayPainter painter(surface, job->boardSize);
+            if (painter.replayAll(job->entries, job->saves, job->drawn, &job->cancelled))
+                job->picture = surface.picture();
+        },
+        [this, job] { finishBackgroundRedraw(job); });
+}
+
+void DoodleBoardCore::finishBackgroundRedraw(const std::shared_ptr<DoodleRedrawJob> &job)
+{
+    if (job != m_background.job)
+        return; // cancelled since
+    if (m_background.diverged || !jobStillFits(*job)) {
+        startBackgroundRedraw();
+        return;
+    }
+    // The cache stops sharing its entries with the job before its drawn
+    // rectangles are set, so they are not copied.
+    const qsizetype drawn = job->entries.size();
+    job->entries.clear();
+    installRedraw(*job);
+    m_background.job.reset();
+    // What was added to the cache meanwhile goes on the new picture, as it
+    // would have gone after a redraw on the GUI thread.
+    for (qsizetype i = drawn; i < m_doodlePathCache.size(); ++i)
+        drawEntry(i);
+    if (drawn < m_doodlePathCache.size())
+        noteAppended(); // a savepoint holds every drawing up to the cache's end
+    reapplyLiveErasure();
+    if (isPictureSettled())
+        notifyPictureSettled();
+}
+
+// Whether the job drew what the board now holds, at its size, but for
+// drawings added to the cache's end since.
+bool DoodleBoardCore::jobStillFits(const DoodleRedrawJob &job)
+{
+    const QList<DoodleCacheEntry> &entries = m_doodlePathCache.entries();
+    if (!m_canvas->isShown() || job.surfaceSize != cacheSurface()->size() ||
+        job.boardSize != boardSize() || job.scale != cacheSurface()->scale() ||
+        entries.size() < job.entries.size())
+        return false;
+    for (qsizetype i = 0; i < job.entries.size(); ++i) {
+        if (entries.at(i).action != job.entries.at(i).action)
+            return false;
+    }
+    return true;
+}
+
+void DoodleBoardCore::installRedraw(DoodleRedrawJob &job)
+{
+    // The pictures replaced are freed on the worker: giving that much memory
+    // back takes milliseconds.
+    QList<QImage> replaced{cacheSurface()->picture()};
+    cacheSurface()->setPicture(std::exchange(job.picture, QImage()));
+    for (qsizetype i = 0; i < job.drawn.size(); ++i)
+        m_doodlePathCache.setDrawnRect(i, job.drawn.at(i));
+    for (int i = 0; i < 3; ++i) {
+        replaced.append(std::exchange(m_saves[i].picture, QImage()));
+        m_saves[i] = std::move(job.saves[i]);
+    }
+    m_background.run([replaced = std::move(replaced)] {}, {});
+}
+
+void DoodleBoardCore::setBackgroundRedrawFrom(qsizetype count)
+{
+    g_backgroundFrom = count;
+}
+
+qsizetype DoodleBoardCore::backgroundRedrawFrom()
+{
+    return g_backgroundFrom;
 }
 
 void DoodleBoardCore::reapplyLiveErasure()
@@ -219,6 +245,7 @@ void DoodleBoardCore::reapplyLiveErasure()
 
 void DoodleBoardCore::clearCache()
 {
+    const bool wasPending = m_background.cancel();
     m_doodlePathCache.cleanAllPath();
     recomputeFingerprint();
     dropSavepoints(-1);
@@ -227,4 +254,6 @@ void DoodleBoardCore::clearCache()
         takeSavepoint(0, false);
     }
     reapplyLiveErasure();
+    if (wasPending && isPictureSettled())
+        notifyPictureSettled();
 }

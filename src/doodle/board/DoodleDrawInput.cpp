@@ -1,11 +1,14 @@
 #include "DoodleDrawInput.h"
 
+#include <QCoreApplication>
 #include <QFontDatabase>
 #include <QLocale>
 #include <QPolygonF>
+#include <QThread>
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 
 namespace {
 // Text sizes above this many surface diagonals show only a part of one glyph
@@ -108,7 +111,20 @@ QString DoodleDrawInput::visibleText(const QString &text, double x, double surfa
 
 QFont DoodleDrawInput::systemFont(double pixelSize)
 {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    // The platform's theme is read on the GUI thread only; a worker drawing
+    // the board's text takes the font that thread last read.
+    static std::mutex lock; // a standard one: ThreadSanitizer sees its ordering
+    static QString known;   // the font's description: a worker builds its own
+    QFont font;
+    const QCoreApplication *app = QCoreApplication::instance();
+    if (!app || QThread::currentThread() == app->thread()) {
+        font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+        const std::lock_guard<std::mutex> locked(lock);
+        known = font.toString();
+    } else {
+        const std::lock_guard<std::mutex> locked(lock);
+        font.fromString(known);
+    }
     font.setPixelSize(std::max(1, int(std::lround(pixelSize))));
     return font;
 }

@@ -68,6 +68,11 @@ QPointF firstPoint(const QPainterPath &path)
 }
 } // namespace
 
+double DoodleSurface::scale() const
+{
+    return m_scale > 0 ? m_scale : DoodleScreen::scale();
+}
+
 void DoodleSurface::setHost(SizeSource size, ChangeSink changed)
 {
     m_sizeSource = std::move(size);
@@ -95,7 +100,7 @@ bool DoodleSurface::preparePicture()
     const QSize bounds = size();
     if (bounds.isEmpty())
         return false;
-    const double scale = DoodleScreen::scale();
+    const double scale = this->scale();
     const QSize pixels = (QSizeF(bounds) * scale).toSize();
     if (m_cacheImage.size() == pixels && m_cacheImage.devicePixelRatio() == scale &&
         m_cacheImage.format() == QImage::Format_ARGB32_Premultiplied)
@@ -134,9 +139,9 @@ void DoodleSurface::clear(bool release)
 
 // Whether a shape outlined with this pen (none for a fill) gives the same
 // pixels inside a clip as drawn whole.
-bool DoodleSurface::clipsExactly(std::optional<double> penWidth)
+bool DoodleSurface::clipsExactly(std::optional<double> penWidth) const
 {
-    return !penWidth || *penWidth * DoodleScreen::scale() > kHairlinePixels;
+    return !penWidth || *penWidth * scale() > kHairlinePixels;
 }
 
 template <typename Draw>

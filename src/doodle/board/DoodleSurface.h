@@ -30,6 +30,10 @@ public:
     // The size without a host (a surface drawn off screen).
     void setSize(const QSize &size) { m_size = size; }
     QSize size() const { return m_sizeSource ? m_sizeSource() : m_size; }
+    // The device pixels per point; 0 (the default) follows the screen. A
+    // surface drawn on a worker thread is given the scale it is to draw at.
+    void setScale(double scale) { m_scale = scale; }
+    double scale() const;
     QRect rect() const { return QRect(QPoint(), size()); }
 
     // A null image when the surface holds nothing.
@@ -71,7 +75,7 @@ public:
 
 private:
     bool preparePicture();
-    static bool clipsExactly(std::optional<double> penWidth);
+    bool clipsExactly(std::optional<double> penWidth) const;
     template <typename Draw>
     void paintShape(const QRectF &dirty, std::optional<double> penWidth, Draw draw);
     QRect devicePixels(const QRect &area) const;
@@ -82,6 +86,7 @@ private:
     SizeSource m_sizeSource;
     ChangeSink m_changeSink;
     QSize m_size;
+    double m_scale = 0;
     QImage m_cacheImage;
     // Union of the rectangles painted since the picture was last empty.
     QRect m_paintedRect;

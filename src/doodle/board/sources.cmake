@@ -13,6 +13,8 @@ add_library(doodle_board OBJECT
     doodle/board/DoodleBoardGestures.cpp
     doodle/board/DoodleBoardLimits.cpp
     doodle/board/DoodleBoardOrder.cpp
+    doodle/board/DoodleBoardRedraw.cpp
+    doodle/board/DoodleBoardRedraw_p.h
     doodle/board/DoodleBoardReplay.cpp
     doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleDrawInput.cpp

@@ -180,11 +180,21 @@ public:
     QString exportState() const;
     // False, with a warning, for a text that is not a state or is too large.
     // The board is redrawn once, only where the merge brought or took drawings.
+    // A large state, on a board that is shown, is read on a worker thread and
+    // taken in a slice at a time: true then means it is on its way (a text
+    // that turns out not to be a state is dropped with a warning), and
+    // isPictureSettled() is false until it is in.
     bool mergeState(const QString &state);
     // Equal on two boards that hold the same state: the same drawings (stamp,
     // owner and what each shows), undos and last clear. Kept current after
     // every change.
     quint64 fingerprint() const;
+    // A change of size, or a merge that redraws a board of more than a few
+    // dozen drawings, is drawn on a worker thread, and a large state is read
+    // there: meanwhile the previous picture shows, stretched to the new size,
+    // and everything keeps working. False while such work is pending;
+    // pictureSettled() is emitted when the exact picture is showing.
+    bool isPictureSettled() const;
 
     // For a channel that hands every board every action in one shared order,
     // the board's own among them (one MQTT broker): a drawing without a stamp
@@ -254,6 +264,9 @@ public:
     static QImage coloredImage(const QColor &color, const QSizeF &size);
     // `image` over the disc of coloredImage() at its size.
     static QImage imageWithBackgroundColor(const QColor &color, const QImage &image);
+
+signals:
+    void pictureSettled();
 
 private:
     friend class DoodleLayoutPrivate;

@@ -23,6 +23,11 @@ QString DoodleLayout::exportState() const
     return d->exportState();
 }
 
+bool DoodleLayout::isPictureSettled() const
+{
+    return d->isPictureSettled();
+}
+
 bool DoodleLayout::mergeState(const QString &text)
 {
     return d->mergeState(text);

@@ -61,6 +61,7 @@ public:
     // be made, and who cleared the board, here or elsewhere.
     void willClear() override;
     void notifyCleared(const QString &userId) override;
+    void notifyPictureSettled() override { emit q->pictureSettled(); }
     // The clear button's question; the board clears once it is answered yes.
     void confirmClear();
     // The core's hook: the host hears of each local action.
