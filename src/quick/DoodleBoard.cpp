@@ -85,7 +85,7 @@ int DoodleBoard::actionMode() const
 
 void DoodleBoard::setActionMode(int mode)
 {
-    if (mode < DoodleActionModeNone || mode > DoodleActionModeText) {
+    if (mode < DoodleActionModeNone || mode > DoodleActionModeLaser) {
         qCWarning(lcDoodle, "action mode %d is not a tool; kept %lld", mode,
                   static_cast<long long>(d->m_actionMode));
         return;
@@ -230,7 +230,7 @@ QString DoodleBoard::exportState() const
 
 bool DoodleBoard::mergeState(const QString &state)
 {
-    return d->mergeState(state);
+    return d->mergeStateText(state);
 }
 
 QString DoodleBoard::fingerprint() const
@@ -282,7 +282,7 @@ QImage DoodleBoardPrivate::composed(double scale) const
     if (image.isNull())
         return image;
     image.setDevicePixelRatio(scale);
-    compose(image, QRect(QPoint(), points));
+    compose(image, QRect(QPoint(), points), false);
     return image;
 }
 
@@ -308,7 +308,7 @@ const QImage &DoodleBoardPrivate::frameImage(double scale)
     return m_frame;
 }
 
-void DoodleBoardPrivate::compose(QImage &image, const QRect &area) const
+void DoodleBoardPrivate::compose(QImage &image, const QRect &area, bool live) const
 {
     QPainter painter(&image);
     painter.setClipRect(area);
@@ -325,7 +325,7 @@ void DoodleBoardPrivate::compose(QImage &image, const QRect &area) const
     painter.translate(board.topLeft());
     if (m_backgroundColor.isValid())
         painter.fillRect(inBoard, m_backgroundColor);
-    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, inBoard);
+    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, inBoard, live);
 }
 
 QString DoodleBoard::saveImage()

@@ -29,6 +29,14 @@ class DoodleBoard : public QQuickItem
     Q_PROPERTY(QString waterString READ waterString WRITE setWaterString NOTIFY waterStringChanged)
     Q_PROPERTY(QSizeF boardAspect READ boardAspect WRITE setBoardAspect NOTIFY boardAspectChanged)
     Q_PROPERTY(bool editable READ isEditable WRITE setEditable NOTIFY editableChanged)
+    // Strokes and shapes travel while they are drawn; both on by default.
+    Q_PROPERTY(bool sendsLiveStrokes READ sendsLiveStrokes WRITE setSendsLiveStrokes NOTIFY
+                   liveStrokesChanged)
+    // The largest action text in bytes the board sends; 0, the default: no limit.
+    Q_PROPERTY(
+        qint64 messageBudget READ messageBudget WRITE setMessageBudget NOTIFY messageBudgetChanged)
+    Q_PROPERTY(bool showsLiveStrokes READ showsLiveStrokes WRITE setShowsLiveStrokes NOTIFY
+                   liveStrokesChanged)
 public:
     explicit DoodleBoard(QQuickItem *parent = nullptr);
     ~DoodleBoard() override;
@@ -53,6 +61,12 @@ public:
     void setBoardAspect(const QSizeF &aspect);
     bool isEditable() const;
     void setEditable(bool editable);
+    bool sendsLiveStrokes() const;
+    void setSendsLiveStrokes(bool sends);
+    bool showsLiveStrokes() const;
+    void setShowsLiveStrokes(bool shows);
+    qint64 messageBudget() const;
+    void setMessageBudget(qint64 bytes);
 
     // An action's wire text from another participant.
     Q_INVOKABLE void receiveText(const QString &sender, const QString &text);
@@ -78,6 +92,8 @@ signals:
     void waterStringChanged();
     void boardAspectChanged();
     void editableChanged();
+    void liveStrokesChanged();
+    void messageBudgetChanged();
     // Each local action, as its wire text.
     void actionGenerated(const QString &text);
     void cleared(const QString &userId);

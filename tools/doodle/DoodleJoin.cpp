@@ -57,7 +57,8 @@ struct JoinOptions
     int intervalMs = 50;
     QString snapshot;
     double quitAfterIdle = 2;
-    QSizeF aspect; // empty: the call's
+    QSizeF aspect;            // empty: the call's
+    qint64 messageBudget = 0; // bytes; 0: no limit
 };
 
 bool parseBroker(const QString &text, JoinOptions *options)
@@ -125,6 +126,11 @@ QString readNumbers(const QCommandLineParser &parser, JoinOptions *options)
             .arg(parser.value("quit-after-idle"));
     if (parser.isSet("quit-after-idle") && !parser.isSet("snapshot"))
         return DoodleTool::tr("--quit-after-idle goes with --snapshot OUT.png");
+    if (parser.isSet("message-budget"))
+        options->messageBudget = parser.value("message-budget").toLongLong(&ok);
+    if (!ok || options->messageBudget < 0)
+        return DoodleTool::tr("--message-budget takes a number of bytes, not '%1'")
+            .arg(parser.value("message-budget"));
     return parser.isSet("aspect") ? readAspect(parser.value("aspect"), options) : QString();
 }
 
@@ -175,7 +181,9 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
          {"aspect",
           "the board's shape for this participant (default: the call's, which is "
           "the first participant's board shape)",
-          "W:H"}});
+          "W:H"},
+         {"message-budget", "the largest message this participant sends (default: no limit)",
+          "BYTES"}});
     addBoardOptions(parser);
     if (!parser.parse(QStringList(QStringLiteral("doodle join")) + arguments))
         return parser.errorText();
@@ -514,6 +522,7 @@ int doodleJoin(const QStringList &arguments)
     }
     DoodleLayout board(options.user);
     board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.board.size));
+    board.setMessageBudget(options.messageBudget);
     Participant participant(options, session, board);
     std::unique_ptr<JoinWindow> window;
     if (!headless) {

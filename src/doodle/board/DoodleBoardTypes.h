@@ -14,6 +14,8 @@ enum DoodleActionMode : qint64
     DoodleActionModeEllipse = 4,
     DoodleActionModeArrow = 5,
     DoodleActionModeText = 6,
+    // Points without drawing: every board shows a fading track.
+    DoodleActionModeLaser = 7,
 };
 
 // One touch of a gesture: where it is now and where it was at the previous

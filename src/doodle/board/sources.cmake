@@ -2,14 +2,18 @@
 # as its own object library that sees only Qt Core and Gui, so a widget or
 # Quick header included here fails the build; its objects go into the library.
 add_library(doodle_board OBJECT
+    doodle/board/DoodleBoardBudget.cpp
     doodle/board/DoodleBoardCanvas_p.h
     doodle/board/DoodleBoardCommands.cpp
     doodle/board/DoodleBoardCoordinates.cpp
     doodle/board/DoodleBoardCore_p.h
     doodle/board/DoodleBoardGestures.cpp
     doodle/board/DoodleBoardLimits.cpp
+    doodle/board/DoodleBoardLive.cpp
+    doodle/board/DoodleBoardLive_p.h
     doodle/board/DoodleBoardOrder.cpp
     doodle/board/DoodleBoardReplay.cpp
+    doodle/board/DoodleBoardStateParts.cpp
     doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleDrawInput.cpp
     doodle/board/DoodleDrawInput.h

@@ -73,6 +73,8 @@ qint64 markedButtonType(qint64 mode)
         return DoodleToolbarButtonTypeArrow;
     case DoodleActionModeText:
         return DoodleToolbarButtonTypeText;
+    case DoodleActionModeLaser:
+        return DoodleToolbarButtonTypeLaser;
     default:
         return 0;
     }
@@ -473,6 +475,9 @@ void DoodleLayout::doodleToolbar(ZQDoodleToolbar *, ZQDoodleButton *, qint64 but
     case DoodleToolbarButtonTypeText:
         setActionMode(DoodleActionModeText);
         d->togglePicker(kTextSizePicker);
+        break;
+    case DoodleToolbarButtonTypeLaser:
+        setActionMode(DoodleActionModeLaser);
         break;
     case DoodleToolbarButtonTypeClear:
         d->confirmClear();

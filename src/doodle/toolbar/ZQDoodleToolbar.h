@@ -28,6 +28,7 @@ enum DoodleToolbarButtonType : qint64
     DoodleToolbarButtonTypeClear = 9,
     DoodleToolbarButtonTypeSave = 10,
     DoodleToolbarButtonTypeClose = 11,
+    DoodleToolbarButtonTypeLaser = 12,
     DoodleToolbarButtonTypeDivider = 999999,
 };
 
@@ -43,7 +44,7 @@ public:
 };
 
 // The strip of tool buttons at the bottom of the board: undo, clear, colour,
-// pen, eraser, ellipse, rectangle, arrow, text, save and close, with two
+// pen, eraser, ellipse, rectangle, arrow, text, laser, save and close, with two
 // dividers. It keeps no tool state: taps go to the delegate, and the
 // controller tells the bar which tool to mark and which colour to show.
 class DOODLE_EXPORT ZQDoodleToolbar : public ZQDoodleRoundedView
