@@ -130,6 +130,7 @@ private slots:
         QTest::newRow("abandoned") << "abandon" << true << true;
         QTest::newRow("sending off") << "send off" << false << false;
         QTest::newRow("showing off") << "show off" << true << false;
+        QTest::newRow("gone silent") << "silence" << true << true;
     }
     void previewGoes()
     {
@@ -152,6 +153,8 @@ private slots:
             QVERIFY(isBlank(layer(ben, kDoodleRemoteLayer)));
             QCOMPARE(ben.board.doodlePathCache()->size(), 0);
         }
+        if (how == QLatin1String("silence")) // the drawer's reports stopped for good
+            QTRY_VERIFY_WITH_TIMEOUT(isBlank(layer(ben, kDoodleRemoteLayer)), 5000);
     }
 
     void hostileReports_data()
