@@ -15,6 +15,11 @@ quint64 DoodleCallLayoutBoard::fingerprint() const
     return m_board ? m_board->fingerprint() : 0;
 }
 
+QStringList DoodleCallLayoutBoard::exportStateParts() const
+{
+    return m_board ? m_board->exportStateParts() : QStringList();
+}
+
 QString DoodleCallLayoutBoard::exportState() const
 {
     return m_board ? m_board->exportState() : QString();

@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QSizeF>
 #include <QString>
+#include <QStringList>
 
 class DoodleLayout;
 
@@ -22,6 +23,8 @@ public:
     virtual QString userId() const = 0;
     virtual quint64 fingerprint() const = 0;
     virtual QString exportState() const = 0;
+    // The state as texts within the board's message budget.
+    virtual QStringList exportStateParts() const = 0;
     virtual bool mergeState(const QString &state) = 0;
     virtual void advanceClock(quint64 atLeast) = 0;
     virtual void setSharedOrder(bool shared) = 0;
@@ -44,6 +47,7 @@ public:
     QString userId() const override;
     quint64 fingerprint() const override;
     QString exportState() const override;
+    QStringList exportStateParts() const override;
     bool mergeState(const QString &state) override;
     void advanceClock(quint64 atLeast) override;
     void setSharedOrder(bool shared) override;

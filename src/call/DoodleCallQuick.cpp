@@ -19,6 +19,10 @@ public:
         return m_board ? m_board->fingerprint().toULongLong(nullptr, 16) : 0;
     }
     QString exportState() const override { return m_board ? m_board->exportState() : QString(); }
+    QStringList exportStateParts() const override
+    {
+        return m_board ? m_board->exportStateParts() : QStringList();
+    }
     bool mergeState(const QString &state) override { return m_board && m_board->mergeState(state); }
     void advanceClock(quint64 atLeast) override
     {

@@ -74,12 +74,15 @@ void DoodleCallPrivate::pushState(const QStringList &to, bool reply)
                        {QStringLiteral("fingerprint"), hexFingerprint(m_announced)}};
     if (reply)
         header.insert(QStringLiteral("reply"), true);
-    const QString state = m_board->exportState();
-    DOODLE_LOG(QStringLiteral("call: state of %1 characters to %2%3")
-                   .arg(state.size())
+    // Within the board's message budget: in parts, merged when the last one came.
+    const QStringList parts = m_board->exportStateParts();
+    DOODLE_LOG(QStringLiteral("call: state in %1 part(s) to %2%3")
+                   .arg(parts.size())
                    .arg(to.join(QLatin1Char(',')), reply ? QStringLiteral(" (reply)") : QString()));
-    header.insert(QStringLiteral("state"), state);
-    publishSync(header);
+    for (const QString &part : parts) {
+        header.insert(QStringLiteral("state"), part);
+        publishSync(header);
+    }
 }
 
 void DoodleCallPrivate::onSync(const QString &sender, const QByteArray &payload)

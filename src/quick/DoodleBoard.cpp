@@ -281,9 +281,14 @@ QString DoodleBoard::exportState() const
     return d->exportState();
 }
 
+QStringList DoodleBoard::exportStateParts() const
+{
+    return d->exportStateParts();
+}
+
 bool DoodleBoard::mergeState(const QString &state)
 {
-    return d->mergeState(state);
+    return d->mergeStateText(state);
 }
 
 bool DoodleBoard::isPictureSettled() const
@@ -344,7 +349,7 @@ QImage DoodleBoardPrivate::composed(double scale) const
     if (image.isNull())
         return image;
     image.setDevicePixelRatio(scale);
-    compose(image, QRect(QPoint(), points));
+    compose(image, QRect(QPoint(), points), false);
     return image;
 }
 
@@ -370,7 +375,7 @@ const QImage &DoodleBoardPrivate::frameImage(double scale)
     return m_frame;
 }
 
-void DoodleBoardPrivate::compose(QImage &image, const QRect &area) const
+void DoodleBoardPrivate::compose(QImage &image, const QRect &area, bool live) const
 {
     QPainter painter(&image);
     painter.setClipRect(area);
@@ -387,7 +392,7 @@ void DoodleBoardPrivate::compose(QImage &image, const QRect &area) const
     painter.translate(board.topLeft());
     if (m_backgroundColor.isValid())
         painter.fillRect(inBoard, m_backgroundColor);
-    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, inBoard);
+    static_cast<const DoodleQuickCanvas *>(m_canvas.get())->paint(painter, inBoard, live);
 }
 
 QString DoodleBoard::saveImage()

@@ -6,6 +6,7 @@
 #include <QQuickItem>
 #include <QSizeF>
 #include <QString>
+#include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
 #include <memory>
@@ -34,6 +35,14 @@ class DoodleBoard : public QQuickItem
     Q_PROPERTY(
         bool confirmsClear READ confirmsClear WRITE setConfirmsClear NOTIFY confirmsClearChanged)
     Q_PROPERTY(bool pictureSettled READ isPictureSettled NOTIFY pictureSettled)
+    // Strokes and shapes travel while they are drawn; both on by default.
+    Q_PROPERTY(bool sendsLiveStrokes READ sendsLiveStrokes WRITE setSendsLiveStrokes NOTIFY
+                   liveStrokesChanged)
+    // The largest action text in bytes the board sends; 0, the default: no limit.
+    Q_PROPERTY(
+        qint64 messageBudget READ messageBudget WRITE setMessageBudget NOTIFY messageBudgetChanged)
+    Q_PROPERTY(bool showsLiveStrokes READ showsLiveStrokes WRITE setShowsLiveStrokes NOTIFY
+                   liveStrokesChanged)
 public:
     explicit DoodleBoard(QQuickItem *parent = nullptr);
     ~DoodleBoard() override;
@@ -61,6 +70,12 @@ public:
     // Whether the bar's clear button asks before it clears (the default).
     bool confirmsClear() const;
     void setConfirmsClear(bool confirms);
+    bool sendsLiveStrokes() const;
+    void setSendsLiveStrokes(bool sends);
+    bool showsLiveStrokes() const;
+    void setShowsLiveStrokes(bool shows);
+    qint64 messageBudget() const;
+    void setMessageBudget(qint64 bytes);
 
     // An action's wire text from another participant.
     Q_INVOKABLE void receiveText(const QString &sender, const QString &text);
@@ -71,6 +86,8 @@ public:
     // folder; the file's path, or an empty string when it could not be written.
     Q_INVOKABLE QString saveImage();
     Q_INVOKABLE QString exportState() const;
+    // The state as texts within the message budget, each for mergeState().
+    Q_INVOKABLE QStringList exportStateParts() const;
     Q_INVOKABLE bool mergeState(const QString &state);
     // The fingerprint of what the board holds, in hex.
     Q_INVOKABLE QString fingerprint() const;
@@ -103,6 +120,8 @@ signals:
     void editableChanged();
     void confirmsClearChanged();
     void pictureSettled();
+    void liveStrokesChanged();
+    void messageBudgetChanged();
     // Each local action, as its wire text.
     void actionGenerated(const QString &text);
     void cleared(const QString &userId);

@@ -25,8 +25,9 @@ public:
                        quint64 index) override;
     QString textEntryText() const override;
 
-    // Paints the cache and then every preview, in the item's points.
-    void paint(QPainter &painter, const QRect &area) const;
+    // Paints the cache and then the previews, in the item's points; a saved
+    // picture leaves out the others' gestures under way and laser tracks.
+    void paint(QPainter &painter, const QRect &area, bool live = true) const;
 
 private:
     void prepare(DoodleSurface &surface);
@@ -34,7 +35,8 @@ private:
 
     DoodleBoard *m_item;
     DoodleSurface m_cache;
-    DoodleSurface m_previews[3]; // previews, the text entry's, a stroke's tail
+    // Previews, the text entry's, a stroke's tail, the others' previews, laser tracks.
+    DoodleSurface m_previews[kDoodleLayerCount];
     QPointer<QQuickItem> m_textInput;
     quint64 m_textIndex = 0; // the preview the text entry is on
 };
@@ -60,7 +62,7 @@ public:
     // The picture the item shows, composed again where it changed.
     const QImage &frameImage(double scale);
     // Composes the item's area (points) of its picture into `image`.
-    void compose(QImage &image, const QRect &area) const;
+    void compose(QImage &image, const QRect &area, bool live = true) const;
     // The item's area (points) changed and is shown again.
     void changed(const QRect &area);
 

@@ -109,9 +109,10 @@ QString DoodleQuickCanvas::textEntryText() const
     return m_textInput ? m_textInput->property("text").toString() : QString();
 }
 
-void DoodleQuickCanvas::paint(QPainter &painter, const QRect &area) const
+void DoodleQuickCanvas::paint(QPainter &painter, const QRect &area, bool live) const
 {
     m_cache.paint(painter, area);
-    for (const DoodleSurface &preview : m_previews)
-        preview.paint(painter, area);
+    const quint64 layers = live ? kDoodleLayerCount : kDoodleRemoteLayer;
+    for (quint64 index = 0; index < layers; ++index)
+        m_previews[index].paint(painter, area);
 }

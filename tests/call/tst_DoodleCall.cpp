@@ -272,6 +272,46 @@ private slots:
         expectAgreement(all, users + QStringList{"dan"}, &first, colors, all);
     }
 
+    // A broker that drops a client sending more than 16 KiB at once: long
+    // strokes, their undos and the late joiner's state go in parts within
+    // the participants' budget, and both boards end identical.
+    void aCallCappedAt16KiBEndsIdentical()
+    {
+        const quint16 port = freeLoopbackPort();
+        QFile config(m_dir.filePath("capped.conf"));
+        QVERIFY(port && config.open(QIODevice::WriteOnly));
+        config.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
+                                    "persistence false\nmax_packet_size 16384\n")
+                         .arg(port)
+                         .toUtf8());
+        config.close();
+        Broker broker(DOODLE_MOSQUITTO);
+        broker.useConfig(config.fileName(), port);
+        QVERIFY(broker.start());
+        QStringList lines;
+        for (int i = 1; i <= 24; ++i) {
+            auto action = std::make_shared<DoodleAction>();
+            action->setActionType(i % 8 == 0 ? DoodleActionTypeUndo : DoodleActionTypeStroke);
+            action->setBrushColor(kColors[0]);
+            action->setBrushWidth(0.01f);
+            for (int p = 0; p < 700 && i % 8 != 0; ++p)
+                action->addPointWithPositionX(float(-0.9 + 1.8 * p / 700),
+                                              float(-0.9 + 0.07 * i + 0.03 * std::sin(p * 0.2)), 2);
+            lines << DoodleTranslate::stringFromDoodleAction(action);
+        }
+        QVERIFY(lines.first().size() > 30000);
+        const QString session = m_dir.filePath("capped.jsonl");
+        QVERIFY(writeLines(session, lines));
+        const QStringList budget{"--message-budget", "16000", "--quit-after-idle", "1"};
+        ToolProcess ann, ben;
+        join(ann, broker.address(), "ann",
+             QStringList{"--play", session, "--interval", "50"} + budget);
+        QTRY_VERIFY_WITH_TIMEOUT(ann.out().contains("played 12/24"), 20000);
+        join(ben, broker.address(), "ben", budget);
+        QImage agreed;
+        expectAgreement({&ann, &ben}, {"ann", "ben"}, &agreed, {kColors[0]});
+    }
+
     // Ann and Ben may use either broker and start on the first; Cat knows only
     // the second. The first stops for good a quarter of the way in: Ann and Ben
     // move to the second, and every board ends as one with all three's drawings.

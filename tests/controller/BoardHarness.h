@@ -18,12 +18,19 @@ class RecordingHost : public QObject, public DoodleLayoutDelegate
 public:
     QStringList calls;
     QList<DoodleActionPtr> generated;
+    // Reports of a gesture under way, kept apart: whether one goes out
+    // depends on how long the gesture takes.
+    QList<DoodleActionPtr> progress;
     std::function<void(const DoodleActionPtr &)> onGenerated;
 
     void onDoodleActionGenerated(const DoodleActionPtr &action) override
     {
-        calls << QStringLiteral("generated %1").arg(action ? action->actionType() : -1);
-        generated << action;
+        if (action && action->actionType() == DoodleActionTypeProgress) {
+            progress << action;
+        } else {
+            calls << QStringLiteral("generated %1").arg(action ? action->actionType() : -1);
+            generated << action;
+        }
         if (onGenerated)
             onGenerated(action);
     }

@@ -3,15 +3,17 @@
 // delivers at once, one that keeps each sender's order but interleaves
 // senders, or one broker: one order for every board, each board's own actions
 // echoed, each board reading at its own pace, a peer without stamps drawing
-// through it and the third board joining late. At the end every board holds
-// the same cache and draws exactly what a fresh board draws from it. Half
-// the seeds draw every full redraw on the worker, the session going on while
-// it draws or waiting for its picture now and then.
+// through it and the third board joining late. Drawers' progress reports go
+// along, and with a small message budget strokes and states travel in parts.
+// At the end every board holds the same cache and draws exactly what a fresh
+// board draws from it. Half the seeds draw every full redraw on the worker,
+// the session going on while it draws or waiting for its picture now and then.
 // DOODLE_SEEDS=N runs N seeds instead of the usual set, DOODLE_STEPS=N
 // sessions of N steps instead of 60.
 #include "BoardHarness.h"
 
 #include <doodle/board/DoodleBoardCore_p.h>
+#include <doodle/model/DoodleProgress_p.h>
 
 #include <QLineEdit>
 #include <QMap>
@@ -54,6 +56,7 @@ enum class Channel
     Broker,
 };
 
+constexpr qsizetype kSmallBudget = 600;
 const QList<QSize> kSizes = {{200, 140}, {200, 140}, {260, 180}};
 const QStringList kUsers = {"ann", "ben", "cat"};
 
@@ -97,7 +100,7 @@ QString hostileText(QRandomGenerator &random, bool stamps)
     return texts.at(random.bounded(int(texts.size())));
 }
 
-Op randomOp(QRandomGenerator &random, bool legacyPeer)
+Op randomOp(QRandomGenerator &random, bool legacyPeer, bool longStrokes)
 {
     Op op;
     op.board = random.bounded(3);
@@ -113,7 +116,7 @@ Op randomOp(QRandomGenerator &random, bool legacyPeer)
     op.color = QColor::fromRgb(random.generate());
     op.color.setAlphaF(float(0.4 + 0.6 * random.generateDouble()));
     op.width = 1 + 20 * random.generateDouble();
-    const int count = op.kind == Kind::Text ? 1 : random.bounded(6);
+    const int count = op.kind == Kind::Text ? 1 : random.bounded(longStrokes ? 16 : 6);
     QPointF p(random.generateDouble(), random.generateDouble());
     for (int i = 0; i < count; ++i) {
         op.points << p;
@@ -142,10 +145,28 @@ QString stamplessText(QRandomGenerator &random)
     return DoodleTranslate::stringFromDoodleAction(action);
 }
 
+// What a drawer reports of a gesture while it is under way: all of its
+// points, or its box, or that it was abandoned.
+QString progressText(const Op &op, const QString &user, quint64 gesture)
+{
+    static const qint64 kinds[] = {DoodleActionTypeStroke, DoodleActionTypeStroke,
+                                   DoodleActionTypeRectangle, DoodleActionTypeEllipse,
+                                   DoodleActionTypeArrow};
+    DoodleProgress progress;
+    progress.kind = op.mode == 2 ? DoodleProgress::kLaser : kinds[(op.mode - 1) % 5];
+    progress.gesture = gesture;
+    progress.ended = op.points.size() % 3 == 1;
+    for (const QPointF &p : op.points)
+        progress.points << p * 2 - QPointF(1, 1);
+    progress.box = QRectF(-0.5, -0.5, op.width / 20, 0.4);
+    const DoodleActionPtr brush = strokeAction(user, {}, op.color, float(op.width / 200));
+    return DoodleTranslate::stringFromDoodleAction(DoodleProgressText::toAction(progress, *brush));
+}
+
 class Call
 {
 public:
-    explicit Call(Channel channel, quint32 seed, bool background)
+    explicit Call(Channel channel, quint32 seed, bool background, qsizetype budget)
         : m_channel(channel), m_background(background), m_peer(seed)
     {
         DoodleBoardCore::setBackgroundRedrawFrom(background ? 0 : kSavepointStep);
@@ -153,6 +174,7 @@ public:
             boards.emplace_back(std::make_unique<Participant>(kUsers.at(i), kSizes.at(i)));
             boards.back()->board.showToolBar();
             boards.back()->board.setSharedOrder(channel == Channel::Broker);
+            boards.back()->board.setMessageBudget(budget);
         }
         for (int i = 0; i < 3; ++i) {
             boards.at(size_t(i))->host.onGenerated = [this, i](const DoodleActionPtr &action) {
@@ -192,7 +214,7 @@ public:
         if (m_away && index == steps / 3) {
             m_away = false;
             m_read[2] = m_log.size();
-            boards[2]->board.mergeState(boards[0]->board.exportState());
+            handOff(0, 2);
         }
         if (m_peer.bounded(3) == 0)
             m_log.append({QStringLiteral("pat"), stamplessText(m_peer)});
@@ -209,14 +231,22 @@ public:
                     DoodleLayout &b = boards.at(size_t(j))->board;
                     if (a.fingerprint() == b.fingerprint())
                         continue;
-                    const QString state = a.exportState();
-                    a.mergeState(b.exportState());
-                    b.mergeState(state);
+                    const QStringList state = a.exportStateParts();
+                    handOff(j, i);
+                    for (const QString &part : state)
+                        b.mergeState(part);
                     Participant::settle(a);
                     Participant::settle(b);
                 }
             }
         }
+    }
+
+    // A state in the texts the sender's budget allows, merged once whole.
+    void handOff(int from, int to)
+    {
+        for (const QString &part : boards.at(size_t(from))->board.exportStateParts())
+            boards.at(size_t(to))->board.mergeState(part);
     }
 
     void deliver(const QString &sender, const QString &text, int to)
@@ -278,6 +308,8 @@ public:
         };
         switch (op.kind) {
         case Kind::Gesture:
+            send(kUsers.at(op.board), progressText(op, kUsers.at(op.board), ++m_gestures),
+                 op.board);
             board.setActionMode(op.mode);
             board.setBrushColor(op.color);
             board.setBrushWidth(op.width);
@@ -298,8 +330,7 @@ public:
             board.resetDoodleViewFrame(QRect(QPoint(0, 0), kSizes.at(op.board)));
             break;
         case Kind::Merge: // catching up with another board's state
-            board.mergeState(
-                boards.at(size_t((op.board + op.mode % 2 + 1) % 3))->board.exportState());
+            handOff((op.board + int(op.mode) % 2 + 1) % 3, op.board);
             break;
         case Kind::Hostile:
             send(QStringLiteral("mallory"), op.text, -1);
@@ -377,13 +408,15 @@ private:
     QList<std::pair<QString, QString>> m_log; // the broker's order: sender, text
     std::array<qsizetype, 3> m_read{};        // how far each board has read it
     bool m_away = true;
+    quint64 m_gestures = 0;
     QRandomGenerator m_random{7};
     QRandomGenerator m_peer;
 };
 
-QString failure(const QList<Op> &ops, Channel channel, quint32 seed, bool background)
+QString failure(const QList<Op> &ops, Channel channel, quint32 seed, bool background,
+                qsizetype budget)
 {
-    Call call(channel, seed, background);
+    Call call(channel, seed, background, budget);
     for (qsizetype i = 0; i < ops.size(); ++i) {
         call.step(int(i), ops.size());
         call.run(ops.at(i));
@@ -395,14 +428,14 @@ QString failure(const QList<Op> &ops, Channel channel, quint32 seed, bool backgr
 }
 
 // The shortest list found by dropping steps one at a time that still fails.
-QList<Op> shrunk(QList<Op> ops, Channel channel, quint32 seed, bool background)
+QList<Op> shrunk(QList<Op> ops, Channel channel, quint32 seed, bool background, qsizetype budget)
 {
     for (bool progress = true; progress;) {
         progress = false;
         for (qsizetype i = ops.size() - 1; i >= 0; --i) {
             QList<Op> fewer = ops;
             fewer.removeAt(i);
-            if (!failure(fewer, channel, seed, background).isEmpty()) {
+            if (!failure(fewer, channel, seed, background, budget).isEmpty()) {
                 ops = fewer;
                 progress = true;
             }
@@ -426,6 +459,7 @@ private slots:
         QTest::addColumn<Channel>("channel");
         QTest::addColumn<bool>("legacyPeer");
         QTest::addColumn<bool>("background");
+        QTest::addColumn<qsizetype>("budget");
         const int seeds = qEnvironmentVariableIsSet("DOODLE_SEEDS")
                               ? qEnvironmentVariableIntValue("DOODLE_SEEDS")
                               : 16;
@@ -433,16 +467,27 @@ private slots:
             const double scale = seed % 4 == 0 ? 2.0 : 1.0;
             const bool background = seed % 2 == 1;
             QTest::addRow("at once, seed %d", seed)
-                << quint32(seed) << scale << Channel::AtOnce << false << background;
+                << quint32(seed) << scale << Channel::AtOnce << false << background << qsizetype(0);
             QTest::addRow("reordering, seed %d", seed)
-                << quint32(seed) << scale << Channel::Reordering << false << background;
+                << quint32(seed) << scale << Channel::Reordering << false << background
+                << qsizetype(0);
             QTest::addRow("one broker, a peer without stamps, seed %d", seed)
-                << quint32(seed) << scale << Channel::Broker << false << background;
+                << quint32(seed) << scale << Channel::Broker << false << background << qsizetype(0);
+        }
+        // A budget that splits the longer strokes and refuses the larger shapes.
+        for (int seed = 1; seed <= seeds / 2; ++seed) {
+            QTest::addRow("reordering, small budget, seed %d", seed)
+                << quint32(seed) << 1.0 << Channel::Reordering << false << (seed % 2 == 1)
+                << kSmallBudget;
+            QTest::addRow("one broker, small budget, seed %d", seed)
+                << quint32(seed) << 1.0 << Channel::Broker << false << (seed % 2 == 1)
+                << kSmallBudget;
         }
         // Between peers that all lack stamps, only where nothing is reordered.
         for (int seed = 1; seed <= 4; ++seed)
             QTest::addRow("peer without stamps, seed %d", seed)
-                << quint32(seed) << 1.0 << Channel::AtOnce << true << (seed % 2 == 1);
+                << quint32(seed) << 1.0 << Channel::AtOnce << true << (seed % 2 == 1)
+                << qsizetype(0);
     }
     void randomSessionsConverge()
     {
@@ -451,6 +496,7 @@ private slots:
         QFETCH(Channel, channel);
         QFETCH(bool, legacyPeer);
         QFETCH(bool, background);
+        QFETCH(qsizetype, budget);
         DoodleScreen::setScaleOverride(scale);
         QRandomGenerator random(seed);
         QList<Op> ops;
@@ -458,10 +504,10 @@ private slots:
                               ? qEnvironmentVariableIntValue("DOODLE_STEPS")
                               : 60;
         for (int i = 0; i < steps; ++i)
-            ops << randomOp(random, legacyPeer);
-        const QString problem = failure(ops, channel, seed, background);
+            ops << randomOp(random, legacyPeer, budget > 0);
+        const QString problem = failure(ops, channel, seed, background, budget);
         if (!problem.isEmpty()) {
-            for (const Op &op : shrunk(ops, channel, seed, background))
+            for (const Op &op : shrunk(ops, channel, seed, background, budget))
                 qWarning().noquote() << describe(op);
         }
         QVERIFY2(problem.isEmpty(), qPrintable(problem));

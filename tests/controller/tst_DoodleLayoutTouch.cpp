@@ -188,7 +188,7 @@ private slots:
         QTest::addColumn<qint64>("mode");
         QTest::addColumn<bool>("folded");
         QTest::newRow("folded tool bar") << qint64(DoodleActionModeBrush) << true;
-        QTest::newRow("mode 7") << qint64(7) << false;
+        QTest::newRow("mode 8, no tool") << qint64(8) << false;
     }
     void gesturesThatDrawNothing()
     {

@@ -64,8 +64,12 @@ struct QuickBoard
         if (QQuickItem *button = board->findChild<QQuickItem *>("doodleToolButton"))
             button->setVisible(chrome);
         board->setUserId(QStringLiteral("me"));
-        QObject::connect(board, &DoodleBoard::actionGenerated,
-                         [this](const QString &text) { texts << text; });
+        // Reports of a gesture under way depend on its pace: left out, as the widget host does.
+        QObject::connect(board, &DoodleBoard::actionGenerated, [this](const QString &text) {
+            const DoodleActionPtr action = DoodleTranslate::doodleActionFromString(text);
+            if (action && action->actionType() != DoodleActionTypeProgress)
+                texts << text;
+        });
         window.show();
         if (!QTest::qWaitForWindowExposed(&window))
             qWarning("the Quick board's window was not exposed");

@@ -63,23 +63,24 @@ private slots:
         QTest::addColumn<double>("buttonSide");
         QTest::addColumn<int>("index");
         QTest::addColumn<QRectF>("frame");
+        // Twelve buttons and two dividers: the spacing is (400 - 12 * 30 - 2) / 14.
         QTest::newRow("row: first button")
-            << true << QSize(400, 44) << 30.0 << 0 << QRectF(2.615384578704834, 7, 30, 30);
+            << true << QSize(400, 44) << 30.0 << 0 << QRectF(1.3571428060531616, 7, 30, 30);
         QTest::newRow("row: first divider")
-            << true << QSize(400, 44) << 30.0 << 2 << QRectF(73.07692289352417, 11, 1, 22);
+            << true << QSize(400, 44) << 30.0 << 2 << QRectF(66.785714030265808, 11, 1, 22);
         QTest::newRow("row: after a divider")
-            << true << QSize(400, 44) << 30.0 << 3 << QRectF(79.30769205093384, 7, 30, 30);
+            << true << QSize(400, 44) << 30.0 << 3 << QRectF(70.499999642372131, 7, 30, 30);
         QTest::newRow("row: close")
-            << true << QSize(400, 44) << 30.0 << 12 << QRectF(367.38461446762085, 7, 30, 30);
+            << true << QSize(400, 44) << 30.0 << 13 << QRectF(368.64285576343536, 7, 30, 30);
         // Smaller buttons leave the spacing as it was: it counts 30 a button.
         QTest::newRow("row: 24-point buttons")
-            << true << QSize(400, 44) << 24.0 << 3 << QRectF(67.30769205093384, 10, 24, 24);
+            << true << QSize(400, 44) << 24.0 << 3 << QRectF(58.499999642372131, 10, 24, 24);
         QTest::newRow("column: divider as wide as half the bar")
-            << false << QSize(400, 600) << 30.0 << 2 << QRectF(100, 76.692307472229, 1, 200);
+            << false << QSize(400, 600) << 30.0 << 2 << QRectF(100, 69.14285683631897, 1, 200);
         QTest::newRow("column: close")
-            << false << QSize(400, 600) << 30.0 << 12 << QRectF(185, 358.53846073150635, 30, 30);
+            << false << QSize(400, 600) << 30.0 << 13 << QRectF(185, 363.57142734527588, 30, 30);
         QTest::newRow("column: 24-point buttons")
-            << false << QSize(400, 600) << 24.0 << 0 << QRectF(188, 7.230769157409668, 24, 24);
+            << false << QSize(400, 600) << 24.0 << 0 << QRectF(188, 4.7142856121063232, 24, 24);
     }
     void elementsSitWhereTheLayoutPutsThem()
     {
@@ -106,7 +107,8 @@ private slots:
         QTest::newRow("rectangle") << 3 << qint64(DoodleToolbarButtonTypeRect);
         QTest::newRow("ellipse") << 4 << qint64(DoodleToolbarButtonTypeOval);
         QTest::newRow("text") << 6 << qint64(DoodleToolbarButtonTypeText);
-        QTest::newRow("unknown") << 7 << qint64(0);
+        QTest::newRow("laser") << 7 << qint64(DoodleToolbarButtonTypeLaser);
+        QTest::newRow("unknown") << 8 << qint64(0);
     }
     void aLayoutMarksTheActionModesTool()
     {
@@ -141,7 +143,7 @@ private slots:
             reported << last.type;
         }
         // Dividers report nothing, and the bar keeps no tool of its own.
-        QCOMPARE(reported, QList<qint64>({1, 9, 2, 3, 4, 5, 6, 7, 8, 10, 11}));
+        QCOMPARE(reported, QList<qint64>({1, 9, 2, 3, 4, 5, 6, 7, 8, 12, 10, 11}));
         QCOMPARE(shown.board.presses, 0); // nothing reached the board below
         QVERIFY(shown.button(DoodleToolbarButtonTypeWidth)->isSelected());
         QVERIFY(!shown.button(DoodleToolbarButtonTypeOval)->isSelected());

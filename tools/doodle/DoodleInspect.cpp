@@ -2,6 +2,7 @@
 #include "DoodleCommands.h"
 #include "DoodleLines.h"
 
+#include <doodle/model/DoodleProgress_p.h>
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
 
@@ -12,6 +13,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <limits>
 
 #include <cstdio>
 
@@ -72,8 +74,34 @@ QString typeName(qint64 type)
         return QStringLiteral("rectangle");
     case DoodleActionTypeArrow:
         return QStringLiteral("arrow");
+    case DoodleActionTypeProgress:
+        return QStringLiteral("progress");
     }
     return QStringLiteral("unknown");
+}
+
+// A gesture under way: what it makes and what this report adds.
+QString progressText(const DoodleAction &action)
+{
+    const std::optional<DoodleProgress> progress =
+        DoodleProgressText::fromAction(action, std::numeric_limits<qsizetype>::max() / 2);
+    if (!progress)
+        return QStringLiteral(" malformed content=") + quoted(action.userDefined());
+    QString line = QStringLiteral(" of=") + (progress->kind == DoodleProgress::kLaser
+                                                 ? QStringLiteral("laser")
+                                                 : typeName(progress->kind));
+    line += QStringLiteral(" gesture=") + QString::number(progress->gesture);
+    if (progress->ended)
+        return line + QStringLiteral(" abandoned");
+    if (progress->kind == DoodleActionTypeStroke || progress->kind == DoodleProgress::kLaser)
+        return line + QStringLiteral(" from=%1 points=%2")
+                          .arg(progress->from)
+                          .arg(progress->points.size());
+    const QRectF &box = progress->box;
+    return line + QStringLiteral(" at=") + point(float(box.x()), float(box.y())) +
+           QStringLiteral(" size=") + number(float(box.width())) + QLatin1Char('x') +
+           number(float(box.height())) + QStringLiteral(" end=") +
+           point(float(progress->end.x()), float(progress->end.y()));
 }
 
 QString describe(const DoodleAction &action)
@@ -118,6 +146,8 @@ QString describe(const DoodleAction &action)
                     QStringLiteral(" name=") + optional(action.stickerName());
         }
         break;
+    case DoodleActionTypeProgress:
+        return line + progressText(action); // its content is the library's own
     default:
         break;
     }

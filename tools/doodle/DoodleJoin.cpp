@@ -109,6 +109,11 @@ QString readNumbers(const QCommandLineParser &parser, JoinOptions *options)
             .arg(parser.value("quit-after-idle"));
     if (parser.isSet("quit-after-idle") && !parser.isSet("snapshot"))
         return DoodleTool::tr("--quit-after-idle goes with --snapshot OUT.png");
+    if (parser.isSet("message-budget"))
+        options->messageBudget = parser.value("message-budget").toLongLong(&ok);
+    if (!ok || options->messageBudget < 0)
+        return DoodleTool::tr("--message-budget takes a number of bytes, not '%1'")
+            .arg(parser.value("message-budget"));
     return parser.isSet("aspect") ? readAspect(parser.value("aspect"), options) : QString();
 }
 
@@ -160,7 +165,9 @@ QString parseOptions(const QStringList &arguments, JoinOptions *options)
           "the board's shape for this participant (default: the call's, which is "
           "the first participant's board shape)",
           "W:H"},
-         {"quick", "show the board in a Qt Quick window"}});
+         {"quick", "show the board in a Qt Quick window"},
+         {"message-budget", "the largest message this participant sends (default: no limit)",
+          "BYTES"}});
     addBoardOptions(parser);
     if (!parser.parse(QStringList(QStringLiteral("doodle join")) + arguments))
         return parser.errorText();
@@ -498,6 +505,7 @@ int doodleJoin(const QStringList &arguments)
         return joinQuick(options, session);
     DoodleLayout board(options.user);
     board.resetDoodleViewFrame(QRect(QPoint(0, 0), options.board.size));
+    board.setMessageBudget(options.messageBudget);
     JoinBoard drawn{[&board](const DoodleActionPtr &action) { board.commitLocalAction(action); },
                     [&board] { return board.doodleView()->convertViewToImage(); },
                     [&board] { return board.fingerprint(); }};

@@ -31,7 +31,8 @@ struct JoinOptions
     int intervalMs = 50;
     QString snapshot;
     double quitAfterIdle = 2;
-    QSizeF aspect; // empty: the call's
+    QSizeF aspect;            // empty: the call's
+    qint64 messageBudget = 0; // bytes; 0: no limit
     bool quick = false;
 };
 

@@ -119,6 +119,7 @@ int joinQuick(const JoinOptions &options, const QList<DoodleActionPtr> &session)
 {
     DoodleBoard board;
     board.setUserId(options.user);
+    board.setMessageBudget(options.messageBudget);
     // Drawing starts once the call is joined.
     board.setEditable(false);
     QuickJoinWindow window(options, board);

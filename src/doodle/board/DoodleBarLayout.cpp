@@ -139,6 +139,8 @@ const QList<DoodleToolEntry> &DoodleBarLayout::tools()
         {"rect", DoodleToolbarButtonTypeRect, 3, QT_TRANSLATE_NOOP("ZQDoodleToolbar", "Rectangle")},
         {"arrow", DoodleToolbarButtonTypeArrow, 5, QT_TRANSLATE_NOOP("ZQDoodleToolbar", "Arrow")},
         {"text", DoodleToolbarButtonTypeText, 6, QT_TRANSLATE_NOOP("ZQDoodleToolbar", "Text")},
+        {"laser", DoodleToolbarButtonTypeLaser, 7,
+         QT_TRANSLATE_NOOP("ZQDoodleToolbar", "Laser pointer")},
         {"line", DoodleToolbarButtonTypeDivider, 0, nullptr},
         {"save", DoodleToolbarButtonTypeSave, 0, QT_TRANSLATE_NOOP("ZQDoodleToolbar", "Save")},
         {"close", DoodleToolbarButtonTypeClose, 0, QT_TRANSLATE_NOOP("ZQDoodleToolbar", "Close")},

@@ -24,6 +24,9 @@ void DoodleBoardCore::receiveAction(const DoodleActionPtr &action, const QString
     const quint64 stamp = action->seqNo();
     if (doodleIsDrawnActionType(type)) {
         receiveDrawing(action, fromUserId);
+        previewCommitted(fromUserId);
+    } else if (type == DoodleActionTypeProgress) {
+        receiveProgress(*action, fromUserId);
     } else if (type == DoodleActionTypeUndo) {
         // A stamped undo names the drawing it takes back; an older peer's the
         // sender's last one.
@@ -78,6 +81,7 @@ void DoodleBoardCore::undoOwn()
     const DoodleActionPtr action = makeCommandAction(DoodleActionTypeUndo, m_userId);
     action->setSeqNo(stamp);
     actionGenerated(action);
+    undoEarlierParts(stamp); // a stroke sent in parts goes as a whole
 }
 
 void DoodleBoardCore::clearOwn()

@@ -6,6 +6,7 @@
 // gesture under way and the limits on what others send. A front-end derives
 // from it and gives it a canvas. Not installed.
 #include <doodle/board/DoodleBoardCanvas_p.h>
+#include <doodle/board/DoodleBoardLive_p.h>
 #include <doodle/board/DoodleBoardRedraw_p.h>
 #include <doodle/board/DoodleBoardTypes.h>
 #include <doodle/model/DoodleAction.h>
@@ -26,6 +27,8 @@
 #include <optional>
 
 class QDeadlineTimer;
+class QJsonArray;
+struct DoodleProgress;
 
 // The tool, width and colour a gesture was started with: everything it draws
 // and the action it commits use these, whatever the tool state becomes meanwhile.
@@ -107,9 +110,20 @@ struct DoodleStateMerge
     QHash<quint64, qsizetype> held;      // copies without a stamp the board holds, by hash
 };
 
+// A state arriving in parts: the slices of its text so far.
+struct DoodleHandOff
+{
+    QString id;
+    QList<QString> parts; // null: not yet here
+    qsizetype have = 0;
+    qsizetype bytes = 0;
+    QElapsedTimer since;
+};
+
 class DOODLE_EXPORT DoodleBoardCore
 {
 public:
+    DoodleBoardCore();
     virtual ~DoodleBoardCore();
 
     // Coordinates: normalised ("logic", -1 to 1 on each axis, sizes against
@@ -212,6 +226,13 @@ public:
     // The state a board hands to another, and what it takes from one.
     QString exportState() const;
     bool mergeState(const QString &text);
+    // The state in texts within the message budget (one when it fits), and a
+    // state or one of its parts: merged when it is whole.
+    QStringList exportStateParts() const;
+    bool mergeStateText(const QString &text);
+    std::optional<QString> takeStatePart(const QString &text);
+    qsizetype heldBytes() const;
+    void dropStaleHandOffs();
     // Takes away every drawing of the participant, with one redraw.
     void removeDrawingsOf(const QString &userId);
     // Empties the cache and the cache picture.
@@ -271,6 +292,43 @@ public:
     virtual void willClear() {}
     virtual void notifyCleared(const QString &userId) = 0;
 
+    // Gestures under way: this board's reports of its own, the others'
+    // previews and laser tracks.
+    static QColor laserColor(const QString &userId);
+    void liveBegan();
+    void liveChanged();
+    void liveEnded(bool abandoned);
+    void sendProgress();
+    void reportPoints(DoodleProgress progress, const QList<QPointF> &points);
+    void reportProgress(const DoodleProgress &progress);
+    void laserBegan(const QPointF &point);
+    void laserMoved(const QPointF &point);
+    void receiveProgress(const DoodleAction &action, const QString &sender);
+    bool roomForSender(const QString &sender) const;
+    void updatePreview(const QString &sender, const DoodleAction &brush,
+                       const DoodleProgress &progress);
+    bool applyProgress(DoodleAction &action, const DoodleProgress &progress) const;
+    void endPreview(const QString &sender);
+    void paintPreview(DoodleSurface &surface, const DoodleAction &action) const;
+    void redrawPreviews();
+    // A drawing of the sender's came: it replaces the sender's preview.
+    void previewCommitted(const QString &sender);
+    void addTrackSamples(const QString &sender, const DoodleProgress &progress);
+    void redrawLaser();
+    void drawTrack(DoodleSurface &surface, const QList<DoodleLaserTrack::Sample> &samples,
+                   QColor color) const;
+    void startLiveTick();
+    void liveTick();
+    void setShowsLiveStrokes(bool shows);
+
+    // The largest text this board sends: strokes over it go in parts, and
+    // one undo takes back all of them; other actions over it are refused.
+    QList<DoodleActionPtr> strokeParts(const DoodleAction &whole) const;
+    bool commitWithinBudget(const DoodleActionPtr &action);
+    void undoEarlierParts(quint64 lastPart);
+    // Points one progress report may carry within the budget.
+    qsizetype reportPointLimit() const;
+
     // Limits on what others send.
     bool withinLimits(const QString &sender, const DoodleAction &action) const;
     bool textWithinLimit(const QString &sender, const QString &text) const;
@@ -317,4 +375,9 @@ public:
     bool m_hasPath = false;
     QRectF m_liveErased; // what a live eraser cleared on the cache canvas
     DoodleBackgroundRedraw m_background;
+    qsizetype m_messageBudget = 0; // bytes of one sent text; 0: no limit
+    // A stroke sent in parts: its last part's stamp, the earlier parts' stamps.
+    QHash<quint64, QList<quint64>> m_partsBefore;
+    QList<DoodleHandOff> m_handOffs; // states whose parts are still coming, oldest first
+    DoodleLive m_live;               // last: its timers go first
 };

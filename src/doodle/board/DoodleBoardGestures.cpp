@@ -4,6 +4,7 @@
 // action exactly as every receiver draws it.
 #include "DoodleBoardCore_p.h"
 
+#include <doodle/model/DoodleProgress_p.h>
 #include <doodle/model/DoodleTranslate.h>
 #include <doodle/support/DoodleLog_p.h>
 
@@ -79,6 +80,7 @@ void DoodleBoardCore::resetGesture()
 
 void DoodleBoardCore::abandonGesture()
 {
+    liveEnded(true);
     const QRectF erased = m_liveErased;
     const bool hadPreview = m_drawPathDidMoved;
     resetGesture();
@@ -127,14 +129,13 @@ bool DoodleBoardCore::commitAction(const DoodleActionPtr &built)
         qCWarning(lcDoodle, "a local action could not be written as text; dropped");
         return false;
     }
-    // The host hears of the action before the cache records it.
-    actionGenerated(action);
-    receiveDrawing(action, m_userId);
-    return true;
+    // The host hears of the action (or its parts) before the cache records it.
+    return commitWithinBudget(action);
 }
 
 void DoodleBoardCore::commitGesture()
 {
+    liveEnded(false); // the committed action replaces the others' previews
     const DoodleActionPtr built = m_doodleDraw;
     const QRectF erased = m_liveErased;
     resetGesture();
@@ -175,9 +176,14 @@ void DoodleBoardCore::gestureBegan(const DoodleTouch &touch)
     case DoodleActionModeArrow:
         beginArrow(p);
         break;
+    case DoodleActionModeLaser:
+        laserBegan(p);
+        return;
     default:
         break; // text starts when the touch ends
     }
+    if (m_doodleDraw)
+        liveBegan();
 }
 
 void DoodleBoardCore::beginStroke(const QPointF &point)
@@ -213,6 +219,8 @@ void DoodleBoardCore::beginArrow(const QPointF &point)
 
 void DoodleBoardCore::gestureMoved(const DoodleTouch &touch)
 {
+    if (m_live.kind == DoodleProgress::kLaser)
+        laserMoved(touch.location);
     if (!m_doodleDraw)
         return;
     QPointF p = touch.location;
@@ -243,6 +251,7 @@ void DoodleBoardCore::gestureMoved(const DoodleTouch &touch)
     default:
         break;
     }
+    liveChanged();
 }
 
 void DoodleBoardCore::moveStroke(const QPointF &control, const QPointF &mid, const QPointF &point)

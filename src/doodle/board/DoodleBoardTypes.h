@@ -14,6 +14,8 @@ enum DoodleActionMode : qint64
     DoodleActionModeEllipse = 4,
     DoodleActionModeArrow = 5,
     DoodleActionModeText = 6,
+    // Points without drawing: every board shows a fading track.
+    DoodleActionModeLaser = 7,
 };
 
 // The types of the main tool bar's buttons (their tags).
@@ -30,6 +32,7 @@ enum DoodleToolbarButtonType : qint64
     DoodleToolbarButtonTypeClear = 9,
     DoodleToolbarButtonTypeSave = 10,
     DoodleToolbarButtonTypeClose = 11,
+    DoodleToolbarButtonTypeLaser = 12,
     DoodleToolbarButtonTypeDivider = 999999,
 };
 

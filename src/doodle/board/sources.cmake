@@ -6,16 +6,20 @@ add_library(doodle_board OBJECT
     doodle/board/DoodleBarLayout_p.h
     doodle/board/DoodleBitmap.cpp
     doodle/board/DoodleBitmap_p.h
+    doodle/board/DoodleBoardBudget.cpp
     doodle/board/DoodleBoardCanvas_p.h
     doodle/board/DoodleBoardCommands.cpp
     doodle/board/DoodleBoardCoordinates.cpp
     doodle/board/DoodleBoardCore_p.h
     doodle/board/DoodleBoardGestures.cpp
     doodle/board/DoodleBoardLimits.cpp
+    doodle/board/DoodleBoardLive.cpp
+    doodle/board/DoodleBoardLive_p.h
     doodle/board/DoodleBoardOrder.cpp
     doodle/board/DoodleBoardRedraw.cpp
     doodle/board/DoodleBoardRedraw_p.h
     doodle/board/DoodleBoardReplay.cpp
+    doodle/board/DoodleBoardStateParts.cpp
     doodle/board/DoodleBoardTypes.h
     doodle/board/DoodleDrawInput.cpp
     doodle/board/DoodleDrawInput.h

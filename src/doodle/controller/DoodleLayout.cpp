@@ -221,7 +221,8 @@ ZQDoodleView *DoodleLayout::doodleView()
     QWidget *parent = view();
     if (!d->m_doodleView) {
         d->m_doodleView = new ZQDoodleView(parent->rect(), QImage(), parent);
-        d->m_doodleView->setTempCanvasCount(3); // previews, the text field, a stroke's tail
+        // Previews, the text field, a stroke's tail, the others' previews, laser tracks.
+        d->m_doodleView->setTempCanvasCount(kDoodleLayerCount);
         d->m_doodleView->setDelegate(this);
     }
     return d->m_doodleView;

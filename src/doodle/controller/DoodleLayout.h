@@ -113,6 +113,20 @@ public:
     void onDoodleTextReceived(const QString &userId, const QString &text);
     DoodleReceiveLimits receiveLimits() const;
     void setReceiveLimits(const DoodleReceiveLimits &limits);
+    // Strokes and shapes travel while they are drawn: this board reports its
+    // own (progress actions, handed over like every other action) and shows
+    // the others' growing until their committed drawing replaces them. Both
+    // on by default. A laser's track is sent and shown either way.
+    bool sendsLiveStrokes() const;
+    void setSendsLiveStrokes(bool sends);
+    bool showsLiveStrokes() const;
+    void setShowsLiveStrokes(bool shows);
+    // The largest action text, in UTF-8 bytes, this board hands the host to
+    // send (0, the default: no limit). A stroke over it goes as consecutive
+    // strokes within it that every board draws as one line, and undo takes
+    // them all back; any other action over it is refused with a warning.
+    qsizetype messageBudget() const;
+    void setMessageBudget(qsizetype bytes);
     // Take back the local user's last drawing, and clear the board for
     // everybody. Either does nothing, and sends nothing, when there is nothing
     // to take back or clear; the tool bar shows its buttons unavailable then.
@@ -185,6 +199,11 @@ public:
     // that turns out not to be a state is dropped with a warning), and
     // isPictureSettled() is false until it is in.
     bool mergeState(const QString &state);
+    // The state as texts within the message budget: the state itself when it
+    // fits, otherwise its parts, which mergeState takes one by one and merges
+    // once the last one came (false until then). A receiver holds the parts
+    // of at most four hand-offs, 64 MiB in all, for 30 s.
+    QStringList exportStateParts() const;
     // Equal on two boards that hold the same state: the same drawings (stamp,
     // owner and what each shows), undos and last clear. Kept current after
     // every change.

@@ -102,10 +102,21 @@ QImage DoodleLayout::imageScreenShot()
     // Composed at the scale of the picture it becomes (the screen's), from the
     // layers' own pixels: no lower-resolution copy on the way. The board
     // alone: letterbox margins are no part of the picture.
+    // The others' gestures under way and laser tracks are no part of the board.
+    QList<QWidget *> live;
+    for (quint64 layer : {kDoodleRemoteLayer, kDoodleLaserLayer}) {
+        QWidget *canvas = doodleView()->getTempCanvas(layer);
+        if (canvas && canvas->isVisibleTo(board)) {
+            live << canvas;
+            canvas->hide();
+        }
+    }
     const QRect frame = d->boardFrame();
     QImage picture = DoodleBitmap::create(QSizeF(frame.size()), DoodleScreen::scale());
     if (!picture.isNull())
         board->render(&picture, QPoint(), QRegion(frame), QWidget::DrawChildren);
+    for (QWidget *canvas : std::as_const(live))
+        canvas->show();
     for (ZQDoodleButtonView *picker : pickers)
         picker->show();
     // Shown again whether or not they were showing before.

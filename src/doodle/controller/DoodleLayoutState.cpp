@@ -30,7 +30,12 @@ bool DoodleLayout::isPictureSettled() const
 
 bool DoodleLayout::mergeState(const QString &text)
 {
-    return d->mergeState(text);
+    return d->mergeStateText(text);
+}
+
+QStringList DoodleLayout::exportStateParts() const
+{
+    return d->exportStateParts();
 }
 
 void DoodleLayout::setMuted(const QString &userId, bool muted)

@@ -437,6 +437,9 @@ void DoodleLayout::doodleToolbar(ZQDoodleToolbar *, ZQDoodleButton *, qint64 but
         setActionMode(DoodleActionModeText);
         d->togglePicker(kTextSizePicker);
         break;
+    case DoodleToolbarButtonTypeLaser:
+        setActionMode(DoodleActionModeLaser);
+        break;
     case DoodleToolbarButtonTypeClear:
         d->confirmClear();
         break;

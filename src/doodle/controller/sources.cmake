@@ -3,6 +3,7 @@ target_sources(doodle PRIVATE
     doodle/controller/DoodleLayoutCoordinates.cpp
     doodle/controller/DoodleLayoutExport.cpp
     doodle/controller/DoodleLayoutInput.cpp
+    doodle/controller/DoodleLayoutLive.cpp
     doodle/controller/DoodleLayoutReplay.cpp
     doodle/controller/DoodleLayoutSnapshot.cpp
     doodle/controller/DoodleLayoutState.cpp

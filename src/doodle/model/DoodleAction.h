@@ -23,6 +23,10 @@ enum DoodleActionType : qint64
     DoodleActionTypeEllipse = 268,
     DoodleActionTypeRectangle = 269,
     DoodleActionTypeArrow = 270,
+    // A gesture under way, outside the table above so that every other client
+    // drops it: the points a stroke gained, a shape's current box or a laser's
+    // track. Never cached, stamped or part of a state.
+    DoodleActionTypeProgress = 280,
 };
 
 // Bits over (code - 258) for the codes 258 to 270 that are drawn and cached.

@@ -6,6 +6,8 @@ target_sources(doodle_core PRIVATE
     doodle/model/DoodleKeys.cpp
     doodle/model/DoodlePathCache.cpp
     doodle/model/DoodlePoint.cpp
+    doodle/model/DoodleProgress.cpp
+    doodle/model/DoodleProgress_p.h
     doodle/model/DoodleTranslate.cpp)
 target_sources(doodle_core PUBLIC FILE_SET HEADERS FILES
     doodle/model/DoodleAction.h
