@@ -310,6 +310,9 @@ public:
     bool applyProgress(DoodleAction &action, const DoodleProgress &progress) const;
     void endPreview(const QString &sender);
     void paintPreview(DoodleSurface &surface, const DoodleAction &action) const;
+    // Layer `layer` emptied (its memory given back when `release`), or
+    // nullptr while the board is not shown.
+    DoodleSurface *emptiedLayer(quint64 layer, bool release);
     void redrawPreviews();
     // A drawing of the sender's came: it replaces the sender's preview.
     void previewCommitted(const QString &sender);

@@ -286,12 +286,17 @@ void DoodleBoardCore::paintPreview(DoodleSurface &surface, const DoodleAction &a
         surface.drawEllipse(rect, width, a.brushColor());
 }
 
-void DoodleBoardCore::redrawPreviews()
+DoodleSurface *DoodleBoardCore::emptiedLayer(quint64 layer, bool release)
 {
     if (!m_canvas->isShown())
-        return;
-    m_canvas->cleanPreview(kDoodleRemoteLayer, m_live.previews.isEmpty());
-    DoodleSurface *surface = m_canvas->previewSurface(kDoodleRemoteLayer);
+        return nullptr;
+    m_canvas->cleanPreview(layer, release);
+    return m_canvas->previewSurface(layer);
+}
+
+void DoodleBoardCore::redrawPreviews()
+{
+    DoodleSurface *surface = emptiedLayer(kDoodleRemoteLayer, m_live.previews.isEmpty());
     if (!surface)
         return;
     for (const DoodleRemotePreview &preview : std::as_const(m_live.previews))
@@ -330,10 +335,7 @@ void DoodleBoardCore::addTrackSamples(const QString &sender, const DoodleProgres
 
 void DoodleBoardCore::redrawLaser()
 {
-    if (!m_canvas->isShown())
-        return;
-    m_canvas->cleanPreview(kDoodleLaserLayer, m_live.tracks.isEmpty());
-    DoodleSurface *surface = m_canvas->previewSurface(kDoodleLaserLayer);
+    DoodleSurface *surface = emptiedLayer(kDoodleLaserLayer, m_live.tracks.isEmpty());
     if (!surface)
         return;
     for (auto it = m_live.tracks.cbegin(); it != m_live.tracks.cend(); ++it)
