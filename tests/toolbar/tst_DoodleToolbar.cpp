@@ -6,7 +6,6 @@
 #include <doodle/toolbar/ZQDoodleButton.h>
 #include <doodle/toolbar/ZQDoodleToolbar.h>
 
-#include <QBitmap>
 
 namespace {
 
@@ -202,32 +201,6 @@ private slots:
         shown.bar->layoutSubviews();
         QCOMPARE(colourAt(shown.button(DoodleToolbarButtonTypeColour)->normalImage(), {19, 19}),
                  QColor(Qt::red));
-    }
-
-    void theDiscIsInsetEightAtTheTopLeftAndFourteenAtTheBottomRight_data()
-    {
-        QTest::addColumn<QSizeF>("size");
-        QTest::addColumn<QRectF>("disc");
-        QTest::newRow("44") << QSizeF(44, 44) << QRectF(8, 8, 22, 22);
-        QTest::newRow("wide") << QSizeF(60, 40) << QRectF(8, 8, 38, 18);
-        QTest::newRow("22: no room") << QSizeF(22, 22) << QRectF();
-    }
-    void theDiscIsInsetEightAtTheTopLeftAndFourteenAtTheBottomRight()
-    {
-        QFETCH(QSizeF, size);
-        QFETCH(QRectF, disc);
-        for (const double scale : {1.0, 2.0, 3.0}) {
-            DoodleScreen::setScaleOverride(scale);
-            const QImage image = ZQDoodleToolbar::coloredImage(Qt::blue, size);
-            QCOMPARE(image.deviceIndependentSize(), size);
-            // The pixels at least half covered, in points.
-            const QRect box = QRegion(QBitmap::fromImage(image.createAlphaMask())).boundingRect();
-            const QRectF painted(QPointF(box.topLeft()) / scale, QSizeF(box.size()) / scale);
-            const bool near = disc.isEmpty() ? painted.isEmpty()
-                                             : disc.adjusted(-1, -1, 1, 1).contains(painted) &&
-                                                   painted.adjusted(-1, -1, 1, 1).contains(disc);
-            QVERIFY2(near, qPrintable(QStringLiteral("scale %1").arg(scale)));
-        }
     }
 
     void everyToolShowsItsIconAtEveryScale_data() { addScaleRows(); }
