@@ -6,7 +6,6 @@
 #include <doodle/toolbar/ZQDoodleButton.h>
 #include <doodle/toolbar/ZQDoodleToolbar.h>
 
-
 namespace {
 
 struct Tap
