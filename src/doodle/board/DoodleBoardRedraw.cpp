@@ -121,15 +121,18 @@ bool DoodleReplayPainter::replayAll(const QList<DoodleCacheEntry> &entries, Dood
     const qsizetype count = entries.size();
     for (DoodleSavepoint &save : saves)
         save.count = -1;
-    const qsizetype fine = std::max<qsizetype>(0, count - kSavepointStep);
-    const qsizetype coarse = std::max<qsizetype>(0, count - kCoarseStep);
+    // The savepoints fall where a board that took the drawings one by one
+    // has them, so the first undo after a full redraw replays no more than
+    // any other.
+    const qsizetype fine = count / kSavepointStep * kSavepointStep;
+    const qsizetype coarse = count / kCoarseStep * kCoarseStep;
     drawn.resize(count);
     for (qsizetype i = 0; i <= count; ++i) {
         if (cancelled && cancelled->load(std::memory_order_relaxed))
             return false;
         if (i == coarse)
             takeSavepoint(m_surface, saves, i, true);
-        if (i == fine)
+        if (i == fine - kSavepointStep || i == fine)
             takeSavepoint(m_surface, saves, i, false);
         if (i < count)
             drawn[i] = paint(*entries.at(i).action);
