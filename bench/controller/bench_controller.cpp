@@ -596,6 +596,8 @@ BENCHMARK(BM_FirstUndoAfterTurn)->Arg(0)->Arg(1)->Iterations(6)->Unit(benchmark:
 int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A phone's screen: the board's picture is shown pixel for pixel.
+    qputenv("QT_SCALE_FACTOR", "3");
     QApplication app(argc, argv);
     DoodleScreen::setScaleOverride(3);
     DoodleBoardCore::setBackgroundRedrawFrom(-1);

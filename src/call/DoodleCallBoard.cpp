@@ -30,6 +30,11 @@ bool DoodleCallLayoutBoard::mergeState(const QString &state)
     return m_board && m_board->mergeState(state);
 }
 
+bool DoodleCallLayoutBoard::isPictureSettled() const
+{
+    return !m_board || m_board->isPictureSettled();
+}
+
 void DoodleCallLayoutBoard::advanceClock(quint64 atLeast)
 {
     if (m_board)

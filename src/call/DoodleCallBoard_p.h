@@ -26,6 +26,8 @@ public:
     // The state as texts within the board's message budget.
     virtual QStringList exportStateParts() const = 0;
     virtual bool mergeState(const QString &state) = 0;
+    // False while a large state is still being merged in the background.
+    virtual bool isPictureSettled() const = 0;
     virtual void advanceClock(quint64 atLeast) = 0;
     virtual void setSharedOrder(bool shared) = 0;
     virtual void setBoardAspect(const QSizeF &aspect) = 0;
@@ -49,6 +51,7 @@ public:
     QString exportState() const override;
     QStringList exportStateParts() const override;
     bool mergeState(const QString &state) override;
+    bool isPictureSettled() const override;
     void advanceClock(quint64 atLeast) override;
     void setSharedOrder(bool shared) override;
     void setBoardAspect(const QSizeF &aspect) override;

@@ -24,6 +24,7 @@ public:
         return m_board ? m_board->exportStateParts() : QStringList();
     }
     bool mergeState(const QString &state) override { return m_board && m_board->mergeState(state); }
+    bool isPictureSettled() const override { return !m_board || m_board->isPictureSettled(); }
     void advanceClock(quint64 atLeast) override
     {
         if (m_board)

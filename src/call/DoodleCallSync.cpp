@@ -132,12 +132,25 @@ void DoodleCallPrivate::onState(const QString &sender, const QJsonObject &header
         return;
     DOODLE_LOG(QStringLiteral("call: merged the state of %1").arg(sender));
     DoodleCallPeer &peer = m_peers[sender];
-    // Still different after the merge: this board holds what the sender lacks.
-    // A reply is never answered, so two boards that cannot agree stop here.
-    if (!header.value(QStringLiteral("reply")).toBool() &&
-        m_board->fingerprint() != peer.fingerprint)
-        pushState({sender}, true);
     peer.caughtUp = true;
+    // A reply is never answered, so two boards that cannot agree stop there.
+    peer.answerWhenMerged = !header.value(QStringLiteral("reply")).toBool();
+    answerMergedStates();
+}
+
+// Still different once a state is merged (a large one takes a few turns of
+// the event loop): this board holds what its sender lacks.
+void DoodleCallPrivate::answerMergedStates()
+{
+    if (!m_board->isPictureSettled())
+        return;
+    const quint64 fingerprint = m_board->fingerprint();
+    QStringList differ;
+    for (auto it = m_peers.begin(); it != m_peers.end(); ++it) {
+        if (std::exchange(it->answerWhenMerged, false) && it->fingerprint != fingerprint)
+            differ << it.key();
+    }
+    pushState(differ, true);
 }
 
 void DoodleCallPrivate::notePeer(const QString &sender, quint64 fingerprint)
@@ -164,6 +177,7 @@ void DoodleCallPrivate::poll()
 {
     if (!m_board->isAlive())
         return;
+    answerMergedStates();
     const quint64 fingerprint = m_board->fingerprint();
     if (fingerprint != m_seenFingerprint) {
         m_seenFingerprint = fingerprint;

@@ -19,6 +19,9 @@ struct DoodleCallPeer
     quint64 fingerprint = 0;
     QElapsedTimer since;   // when it said so
     bool caughtUp = false; // this board already sent it its state for that fingerprint
+    // Its state is being merged here: once that is done, a board still
+    // different sends it its own.
+    bool answerWhenMerged = false;
 };
 
 class DoodleCallPrivate
@@ -49,6 +52,7 @@ public:
     void onSync(const QString &sender, const QByteArray &payload);
     void onState(const QString &sender, const QJsonObject &header, const QString &state);
     void notePeer(const QString &sender, quint64 fingerprint);
+    void answerMergedStates();
     bool answersJoinOf(const QString &joiner) const;
     void poll();
     // The call's board shape: what this board shows, and who proposed it when.

@@ -611,7 +611,9 @@ private slots:
     }
 #endif
 
-    // A line-based observer sees one catch-up message a line, a state included.
+    // A line-based observer sees one catch-up message a line, a state included;
+    // the joiner, which reads a state that large in the background, sends none
+    // back once it holds the same board.
     void aCatchUpMessageIsOneLine()
     {
         if (!Broker::isInstalled(DOODLE_MOSQUITTO_SUB))
@@ -624,9 +626,11 @@ private slots:
                                   QString::number(broker.port()), "-t", "doodle/board/+/sync", "-q",
                                   "1", "-d"});
         QTRY_VERIFY_WITH_TIMEOUT(observer.out().contains("SUBACK"), 10000);
+        const QString session = m_dir.filePath("large.jsonl");
+        QVERIFY(writeLines(session, makeSession(7, 300, kColors[0], false)));
         join(ann, broker.address(), "ann",
-             {"--play", DOODLE_SAMPLE_SESSION, "--interval", "0", "--quit-after-idle", "2"});
-        QTRY_VERIFY_WITH_TIMEOUT(ann.out().contains("played 14/14"), 10000);
+             {"--play", session, "--interval", "0", "--quit-after-idle", "2"});
+        QTRY_VERIFY_WITH_TIMEOUT(ann.out().contains("played 300/300"), 10000);
         join(ben, broker.address(), "ben", {"--quit-after-idle", "1"});
         QTRY_VERIFY_WITH_TIMEOUT(!ann.isRunning() && !ben.isRunning(), 20000);
         QCOMPARE(ben.lastLine(), ann.lastLine());
@@ -645,7 +649,7 @@ private slots:
             kinds << message.value("kind").toString();
         }
         QCOMPARE(kinds.size(), messages);
-        QVERIFY2(kinds.contains("state") && kinds.contains("join"), qPrintable(kinds.join(',')));
+        QVERIFY2(kinds.count("state") == 1 && kinds.contains("join"), qPrintable(kinds.join(',')));
     }
 
     void refusesWhatItCannotJoin_data()
