@@ -13,10 +13,11 @@
 // one host would; on separate machines each would have a thread of its own.
 #include "CallProcesses.h"
 
+#include "BoardBenchMain.h"
+
 #include <doodle/Doodle.h>
 #include <doodle/call/DoodleCall.h>
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTimer>
@@ -248,11 +249,5 @@ BENCHMARK(BM_GestureToPictureInProcess)
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    DoodleScreen::setScaleOverride(2);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBoardBenchmarks(argc, argv, 2);
 }

@@ -9,10 +9,11 @@
 // stroke alone).
 #include "CallProcesses.h"
 
+#include "BoardBenchMain.h"
+
 #include <doodle/Doodle.h>
 #include <doodle/call/DoodleCall.h>
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QJsonArray>
@@ -163,11 +164,5 @@ BENCHMARK(BM_MoveToPreviewThroughBroker)
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    DoodleScreen::setScaleOverride(2);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBoardBenchmarks(argc, argv, 2);
 }

@@ -10,10 +10,11 @@
 // each call spread over its nodes (the broker columns add up the three).
 #include "CallProcesses.h"
 
+#include "BoardBenchMain.h"
+
 #include <doodle/Doodle.h>
 #include <doodle/call/DoodleCall.h>
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QHash>
 #include <QRandomGenerator>
@@ -284,12 +285,5 @@ BENCHMARK(BM_CallsOnACluster)
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    DoodleScreen::setScaleOverride(2);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    g_cluster.reset();
-    return 0;
+    return runBoardBenchmarks(argc, argv, 2, {}, [] { g_cluster.reset(); });
 }

@@ -2,11 +2,11 @@
 // every primitive painted in place against the same primitive composed into
 // a fresh full-surface picture, one widget repaint after a small stroke, and
 // the bounded cost of bad input.
+#include "BoardBenchMain.h"
+
 #include <doodle/canvas/ZQDoodleDrawView.h>
 #include <doodle/canvas/ZQDoodleView.h>
-#include <doodle/support/DoodleScreen.h>
 
-#include <QApplication>
 #include <QPainter>
 #include <QtMath>
 
@@ -208,13 +208,5 @@ void registerAll()
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_SCALE_FACTOR", "3");
-    QApplication app(argc, argv);
-    DoodleScreen::setScaleOverride(kScale);
-    registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBoardBenchmarks(argc, argv, kScale, registerAll);
 }

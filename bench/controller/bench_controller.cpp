@@ -5,10 +5,11 @@
 // the GUI thread's longest stall in a rotation, a late join and a catch-up.
 // Full redraws run on the GUI thread here, as they did before the worker,
 // except where a benchmark chooses the worker.
+#include "BoardBenchMain.h"
+
 #include <doodle/Doodle.h>
 #include <doodle/board/DoodleBoardCore_p.h>
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QPainter>
@@ -595,14 +596,5 @@ BENCHMARK(BM_FirstUndoAfterTurn)->Arg(0)->Arg(1)->Iterations(6)->Unit(benchmark:
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // A phone's screen: the board's picture is shown pixel for pixel.
-    qputenv("QT_SCALE_FACTOR", "3");
-    QApplication app(argc, argv);
-    DoodleScreen::setScaleOverride(3);
-    DoodleBoardCore::setBackgroundRedrawFrom(-1);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBoardBenchmarks(argc, argv, 3, [] { DoodleBoardCore::setBackgroundRedrawFrom(-1); });
 }
