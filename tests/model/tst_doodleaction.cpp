@@ -62,7 +62,6 @@ private slots:
         const auto row = [](const char *name, const QStringList &strings) {
             QTest::newRow(name) << strings;
         };
-        row("%f form", {"2", "0.100000", "0.200000"});
         row("32-bit limits", {"-2147483648", "2147.483647", "-2147.483647"});
         row("smallest steps", {"2147483647", "0.000001", "-0.000001"});
         row("negative zero", {"2", "-0.000000", "0.000000"});

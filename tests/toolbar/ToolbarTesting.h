@@ -32,15 +32,6 @@ inline void addInputRows()
     QTest::newRow("stylus") << Input::Stylus;
 }
 
-inline void sendStylus(QWidget *widget, QEvent::Type type, const QPoint &at)
-{
-    const bool down = type != QEvent::TabletRelease;
-    QTabletEvent event(type, QPointingDevice::primaryPointingDevice(), at, widget->mapToGlobal(at),
-                       0.5, 0, 0, 0, 0, 0, {}, Qt::LeftButton,
-                       down ? Qt::LeftButton : Qt::NoButton);
-    QCoreApplication::sendEvent(widget, &event);
-}
-
 // Presses at the first point, moves through the others and lifts at the last
 // (`lift` false leaves it pressed there), in `widget`'s coordinates. Touches
 // go through the window, so `widget` must be shown.
@@ -48,22 +39,23 @@ inline void drag(QWidget *widget, Input input, const QList<QPoint> &points, bool
 {
     for (qsizetype i = 0; i < points.size(); ++i) {
         const QPoint p = points.at(i);
-        const bool first = i == 0, last = lift && i + 1 == points.size();
+        const int step = i == 0 ? 0 : lift && i + 1 == points.size() ? 2 : 1; // press, move, lift
         if (input == Input::Touch) {
             auto touch = QTest::touchEvent(widget, touchscreen());
-            first  ? touch.press(0, p, widget)
-            : last ? touch.release(0, p, widget)
-                   : touch.move(0, p, widget);
+            step == 0   ? touch.press(0, p, widget)
+            : step == 2 ? touch.release(0, p, widget)
+                        : touch.move(0, p, widget);
         } else if (input == Input::Stylus) {
-            sendStylus(widget,
-                       first  ? QEvent::TabletPress
-                       : last ? QEvent::TabletRelease
-                              : QEvent::TabletMove,
-                       p);
+            const QEvent::Type types[] = {QEvent::TabletPress, QEvent::TabletMove,
+                                          QEvent::TabletRelease};
+            QTabletEvent event(types[step], QPointingDevice::primaryPointingDevice(), p,
+                               widget->mapToGlobal(p), 0.5, 0, 0, 0, 0, 0, {}, Qt::LeftButton,
+                               step == 2 ? Qt::NoButton : Qt::LeftButton);
+            QCoreApplication::sendEvent(widget, &event);
         } else {
-            first  ? QTest::mousePress(widget, Qt::LeftButton, {}, p)
-            : last ? QTest::mouseRelease(widget, Qt::LeftButton, {}, p)
-                   : QTest::mouseMove(widget, p);
+            step == 0   ? QTest::mousePress(widget, Qt::LeftButton, {}, p)
+            : step == 2 ? QTest::mouseRelease(widget, Qt::LeftButton, {}, p)
+                        : QTest::mouseMove(widget, p);
         }
     }
 }

@@ -45,6 +45,12 @@ struct ShownBar
     ZQDoodleToolbar *bar = new ZQDoodleToolbar(false, &board);
 };
 
+// The part of an image in light strokes, as an icon is drawn on the dark bar.
+double lit(const QImage &image)
+{
+    return coverage(image, [](QRgb p) { return QColor::fromRgba(p).lightness() > 200; });
+}
+
 } // namespace
 
 class TestDoodleToolbar : public QObject
@@ -56,41 +62,34 @@ private slots:
 
     void elementsSitWhereTheLayoutPutsThem_data()
     {
-        QTest::addColumn<bool>("horizontal");
-        QTest::addColumn<QSize>("barSize");
+        QTest::addColumn<bool>("horizontal"); // a bar 400 x 44, else 400 x 600
         QTest::addColumn<double>("buttonSide");
         QTest::addColumn<int>("index");
         QTest::addColumn<QRectF>("frame");
         // Twelve buttons and two dividers: the spacing is (400 - 12 * 30 - 2) / 14.
-        QTest::newRow("row: first button")
-            << true << QSize(400, 44) << 30.0 << 0 << QRectF(1.3571428060531616, 7, 30, 30);
         QTest::newRow("row: first divider")
-            << true << QSize(400, 44) << 30.0 << 2 << QRectF(66.785714030265808, 11, 1, 22);
+            << true << 30.0 << 2 << QRectF(66.785714030265808, 11, 1, 22);
         QTest::newRow("row: after a divider")
-            << true << QSize(400, 44) << 30.0 << 3 << QRectF(70.499999642372131, 7, 30, 30);
-        QTest::newRow("row: close")
-            << true << QSize(400, 44) << 30.0 << 13 << QRectF(368.64285576343536, 7, 30, 30);
+            << true << 30.0 << 3 << QRectF(70.499999642372131, 7, 30, 30);
+        QTest::newRow("row: close") << true << 30.0 << 13 << QRectF(368.64285576343536, 7, 30, 30);
         // Smaller buttons leave the spacing as it was: it counts 30 a button.
         QTest::newRow("row: 24-point buttons")
-            << true << QSize(400, 44) << 24.0 << 3 << QRectF(58.499999642372131, 10, 24, 24);
+            << true << 24.0 << 3 << QRectF(58.499999642372131, 10, 24, 24);
         QTest::newRow("column: divider as wide as half the bar")
-            << false << QSize(400, 600) << 30.0 << 2 << QRectF(100, 69.14285683631897, 1, 200);
-        QTest::newRow("column: close")
-            << false << QSize(400, 600) << 30.0 << 13 << QRectF(185, 363.57142734527588, 30, 30);
+            << false << 30.0 << 2 << QRectF(100, 69.14285683631897, 1, 200);
         QTest::newRow("column: 24-point buttons")
-            << false << QSize(400, 600) << 24.0 << 0 << QRectF(188, 4.7142856121063232, 24, 24);
+            << false << 24.0 << 0 << QRectF(188, 4.7142856121063232, 24, 24);
     }
     void elementsSitWhereTheLayoutPutsThem()
     {
         QFETCH(bool, horizontal);
-        QFETCH(QSize, barSize);
         QFETCH(double, buttonSide);
         QFETCH(int, index);
         QFETCH(QRectF, frame);
         ZQDoodleToolbar bar;
         bar.setHorizontal(horizontal);
         bar.setButtonSize(QSizeF(buttonSide, buttonSide));
-        bar.resize(barSize);
+        bar.resize(400, horizontal ? 44 : 600);
         bar.show(); // a shown bar lays itself out
         const ZQDoodleButton *element = bar.buttons().at(index);
         QCOMPARE(element->frame(), frame);
@@ -165,9 +164,6 @@ private slots:
     void aDisabledButtonIsDimmedAcrossLayouts()
     {
         ShownBar shown;
-        const auto lit = [](const QImage &image) {
-            return coverage(image, [](QRgb p) { return QColor::fromRgba(p).lightness() > 200; });
-        };
         const double enabled = lit(rendered(shown.button(DoodleToolbarButtonTypeUndo)));
         shown.bar->setButtonEnabled(DoodleToolbarButtonTypeUndo, false);
         shown.bar->layoutSubviews();
@@ -180,26 +176,25 @@ private slots:
         QVERIFY(undo->isEnabled());
     }
 
+    // The disc shows the colour set for the button, until a layout paints the
+    // bar's own brush colour.
     void theColourButtonShowsAColourDiscBehindItsIcon()
     {
         ShownBar shown;
-        ZQDoodleButton *colour = shown.button(DoodleToolbarButtonTypeColour);
-        // No brush colour yet: no disc, the ring's middle is empty.
-        QCOMPARE(colourAt(colour->normalImage(), {19, 19}).alpha(), 0);
-        QVERIFY(colour->selectedImage().isNull());
-
+        const auto disc = [&shown](bool selected = false) {
+            const ZQDoodleButton *colour = shown.button(DoodleToolbarButtonTypeColour);
+            return colourAt(selected ? colour->selectedImage() : colour->normalImage(), {19, 19});
+        };
+        QCOMPARE(disc().alpha(), 0); // no colour yet: the ring's middle is empty
+        QVERIFY(shown.button(DoodleToolbarButtonTypeColour)->selectedImage().isNull());
         shown.bar->setColourButton(Qt::green);
-        QCOMPARE(colourAt(colour->normalImage(), {19, 19}), QColor(Qt::green));
-        QCOMPARE(colourAt(colour->selectedImage(), {19, 19}), QColor(Qt::green));
+        QCOMPARE(disc(), QColor(Qt::green));
+        QCOMPARE(disc(true), QColor(Qt::green));
         QVERIFY(!shown.bar->brushColor().isValid());
-
-        // The bar's own colour wins at the next layout.
         shown.bar->setBrushColor(Qt::red);
-        QCOMPARE(colourAt(shown.button(DoodleToolbarButtonTypeColour)->normalImage(), {19, 19}),
-                 QColor(Qt::green));
+        QCOMPARE(disc(), QColor(Qt::green));
         shown.bar->layoutSubviews();
-        QCOMPARE(colourAt(shown.button(DoodleToolbarButtonTypeColour)->normalImage(), {19, 19}),
-                 QColor(Qt::red));
+        QCOMPARE(disc(), QColor(Qt::red));
     }
 
     void everyToolShowsItsIconAtEveryScale_data() { addScaleRows(); }
@@ -213,11 +208,8 @@ private slots:
                 continue;
             const QByteArray name = button->accessibleName().toLatin1();
             QCOMPARE(button->normalImage().devicePixelRatio(), scale);
-            // Light strokes that cover part of the button, as drawn on screen.
-            const double lit = coverage(rendered(button, scale), [](QRgb pixel) {
-                return QColor::fromRgba(pixel).lightness() > 200;
-            });
-            QVERIFY2(lit > 0.03 && lit < 0.6, name);
+            const double drawn = lit(rendered(button, scale)); // a part, in light strokes
+            QVERIFY2(drawn > 0.03 && drawn < 0.6, name);
             // A selected tool is a filled tile, clearly not its line icon.
             if (!button->selectedImage().isNull()) {
                 QVERIFY2(coverage(button->normalImage()) < 0.35, name);
