@@ -29,8 +29,8 @@ struct ToolBoard : Participant
     {
         QList<qint64> types;
         for (ZQDoodleButton *b : board.doodletoolbar()->buttons())
-            types << (b->isSelected() ? b->type() : 0);
-        types.removeAll(0);
+            if (b->isSelected())
+                types << b->type();
         return types;
     }
     // Where the tool bar and the floating button sit.
