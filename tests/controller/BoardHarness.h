@@ -82,6 +82,17 @@ struct Participant
     DoodleLayout board;
 };
 
+// One finger along `points` in view coordinates, lifted at the last unless
+// `lift` is false.
+inline void touchAlong(DoodleLayout &board, const QList<QPointF> &points, bool lift = true)
+{
+    board.touchesBegan({points.first(), points.first()});
+    for (qsizetype i = 1; i < points.size(); ++i)
+        board.touchesMoved({points.at(i), points.at(i - 1)});
+    if (lift)
+        board.touchesEnded({points.last(), points.last()});
+}
+
 // Builders of normalised actions.
 inline DoodleActionPtr strokeAction(const QString &user, const QList<QPointF> &points,
                                     const QColor &color = Qt::red, float width = 0.02f,

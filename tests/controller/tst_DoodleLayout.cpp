@@ -86,8 +86,7 @@ private slots:
         board.setDelegate(&host);
         board.resetDoodleViewFrame(QRect(0, 0, 200, 200));
         board.showToolBar();
-        board.touchesBegan({{50, 50}, {50, 50}});
-        board.touchesMoved({{60, 60}, {50, 50}});
+        touchAlong(board, {{50, 50}, {60, 60}}, false);
         if (leftDuringGesture)
             emit qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
         emit qGuiApp->applicationStateChanged(Qt::ApplicationActive);

@@ -1,15 +1,9 @@
-// Three boards linked only through the text form, driven by random sessions of
-// every tool, undo, clear, resizes, state hand-offs and hostile texts, over a channel that
-// delivers at once, one that keeps each sender's order but interleaves
-// senders, or one broker: one order for every board, each board's own actions
-// echoed, each board reading at its own pace, a peer without stamps drawing
-// through it and the third board joining late. Drawers' progress reports go
-// along, and with a small message budget strokes and states travel in parts.
-// At the end every board holds the same cache and draws exactly what a fresh
-// board draws from it. Half the seeds draw every full redraw on the worker,
-// the session going on while it draws or waiting for its picture now and then.
-// DOODLE_SEEDS=N runs N seeds instead of the usual set, DOODLE_STEPS=N
-// sessions of N steps instead of 60.
+// Three boards linked only through the text form, driven by random sessions
+// of every tool, undo, clear, resize, state hand-off and hostile text, over a
+// channel that delivers at once, one that interleaves senders, or one broker
+// (one order, own actions echoed, a peer without stamps, a late joiner). At
+// the end every board holds the same cache and draws what a fresh board draws
+// from it. DOODLE_SEEDS=N runs N seeds, DOODLE_STEPS=N sessions of N steps.
 #include "BoardHarness.h"
 
 #include <doodle/board/DoodleBoardCore_p.h>
@@ -54,6 +48,17 @@ enum class Channel
     AtOnce,
     Reordering,
     Broker,
+};
+
+// One row: the channel and how the boards run.
+struct Session
+{
+    Channel channel = Channel::AtOnce;
+    quint32 seed = 1;
+    bool background = false; // every full redraw on the worker
+    qsizetype budget = 0;    // 0: no message budget
+    bool legacyPeer = false; // every peer without stamps
+    double scale = 1;
 };
 
 constexpr qsizetype kSmallBudget = 600;
@@ -166,23 +171,22 @@ QString progressText(const Op &op, const QString &user, quint64 gesture)
 class Call
 {
 public:
-    explicit Call(Channel channel, quint32 seed, bool background, qsizetype budget)
-        : m_channel(channel), m_background(background), m_peer(seed)
+    explicit Call(const Session &session)
+        : m_channel(session.channel), m_background(session.background), m_peer(session.seed)
     {
-        DoodleBoardCore::setBackgroundRedrawFrom(background ? 0 : kSavepointStep);
+        DoodleBoardCore::setBackgroundRedrawFrom(m_background ? 0 : kSavepointStep);
         for (int i = 0; i < 3; ++i) {
             boards.emplace_back(std::make_unique<Participant>(kUsers.at(i), kSizes.at(i)));
-            boards.back()->board.showToolBar();
-            boards.back()->board.setSharedOrder(channel == Channel::Broker);
-            boards.back()->board.setMessageBudget(budget);
-        }
-        for (int i = 0; i < 3; ++i) {
-            boards.at(size_t(i))->host.onGenerated = [this, i](const DoodleActionPtr &action) {
+            layout(i).showToolBar();
+            layout(i).setSharedOrder(m_channel == Channel::Broker);
+            layout(i).setMessageBudget(session.budget);
+            boards.back()->host.onGenerated = [this, i](const DoodleActionPtr &action) {
                 sawNull |= !action;
-                send(kUsers.at(i), boards.at(size_t(i))->board.doodleActionToString(action), i);
+                send(kUsers.at(i), layout(i).doodleActionToString(action), i);
             };
         }
     }
+    DoodleLayout &layout(int i) { return boards.at(size_t(i))->board; }
 
     // Every message reaches every other board: at once, or queued per sender
     // and receiver, so that each sender's order holds but senders interleave,
@@ -227,8 +231,7 @@ public:
         for (int round = 0; round < 3; ++round) {
             for (int i = 0; i < 3; ++i) {
                 for (int j = i + 1; j < 3; ++j) {
-                    DoodleLayout &a = boards.at(size_t(i))->board;
-                    DoodleLayout &b = boards.at(size_t(j))->board;
+                    DoodleLayout &a = layout(i), &b = layout(j);
                     if (a.fingerprint() == b.fingerprint())
                         continue;
                     const QStringList state = a.exportStateParts();
@@ -245,14 +248,13 @@ public:
     // A state in the texts the sender's budget allows, merged once whole.
     void handOff(int from, int to)
     {
-        for (const QString &part : boards.at(size_t(from))->board.exportStateParts())
-            boards.at(size_t(to))->board.mergeState(part);
+        for (const QString &part : layout(from).exportStateParts())
+            layout(to).mergeState(part);
     }
 
     void deliver(const QString &sender, const QString &text, int to)
     {
-        DoodleLayout &peer = boards.at(size_t(to))->board;
-        peer.onDoodleActionReceived(sender, peer.stringToDoodleAction(text));
+        layout(to).onDoodleActionReceived(sender, layout(to).stringToDoodleAction(text));
     }
 
     // Delivers the oldest message of up to `count` queues picked at random.
@@ -291,7 +293,7 @@ public:
             const int to = behind.at(m_random.bounded(int(behind.size())));
             const auto &[sender, text] = m_log.at(m_read[to]++);
             if (sender == kUsers.at(to))
-                boards.at(size_t(to))->board.onDoodleTextEchoed(text);
+                layout(to).onDoodleTextEchoed(text);
             else
                 deliver(sender, text, to);
         }
@@ -301,11 +303,11 @@ public:
     {
         if (isAway(op.board))
             return;
-        DoodleLayout &board = boards.at(size_t(op.board))->board;
+        DoodleLayout &board = layout(op.board);
         const QSizeF size = board.getScaleSize();
-        const auto at = [&size](const QPointF &f) {
-            return QPointF(f.x() * size.width(), f.y() * size.height());
-        };
+        QList<QPointF> points;
+        for (const QPointF &f : op.points)
+            points << QPointF(f.x() * size.width(), f.y() * size.height());
         switch (op.kind) {
         case Kind::Gesture:
             send(kUsers.at(op.board), progressText(op, kUsers.at(op.board), ++m_gestures),
@@ -314,10 +316,11 @@ public:
             board.setBrushColor(op.color);
             board.setBrushWidth(op.width);
             board.setEraserWidth(op.width * 2);
-            gesture(board, op.points, at);
+            if (!points.isEmpty())
+                touchAlong(board, points);
             break;
         case Kind::Text:
-            typeText(board, at(op.points.first()), op);
+            typeText(board, points.first(), op);
             break;
         case Kind::Undo:
             board.undo();
@@ -341,24 +344,12 @@ public:
             Participant::settle(board);
     }
 
-    template <typename At>
-    static void gesture(DoodleLayout &board, const QList<QPointF> &points, At at)
-    {
-        if (points.isEmpty())
-            return;
-        board.touchesBegan({at(points.first()), at(points.first())});
-        for (int i = 1; i < points.size(); ++i)
-            board.touchesMoved({at(points.at(i)), at(points.at(i - 1))});
-        board.touchesEnded({at(points.last()), at(points.last())});
-    }
-
     static void typeText(DoodleLayout &board, const QPointF &point, const Op &op)
     {
         board.setActionMode(DoodleActionModeText);
         board.setTextSize(8 + op.width);
         board.setBrushColor(op.color);
-        board.touchesBegan({point, point});
-        board.touchesEnded({point, point});
+        touchAlong(board, {point});
         QLineEdit *field = board.doodleView()->tempTextField();
         if (!field || op.text.isNull())
             return; // left open, or replaced by the next one
@@ -377,7 +368,7 @@ public:
         for (int i = 0; i < 3; ++i) {
             if (cacheTexts(i) != first)
                 return QStringLiteral("caches differ: board %1").arg(i);
-            if (boards.at(size_t(i))->board.fingerprint() != boards[0]->board.fingerprint())
+            if (layout(i).fingerprint() != layout(0).fingerprint())
                 return QStringLiteral("fingerprints differ: board %1").arg(i);
             if (const int d = differenceFromReplay(*boards.at(size_t(i)), kSizes.at(i)))
                 return QStringLiteral("board %1 differs from its replay by %2").arg(i).arg(d);
@@ -391,10 +382,8 @@ public:
     QStringList cacheTexts(int i)
     {
         QStringList texts;
-        for (const DoodleCacheEntry &entry :
-             boards.at(size_t(i))->board.doodlePathCache()->entries())
-            texts << entry.owner + QLatin1Char(' ') +
-                         DoodleTranslate::stringFromDoodleAction(entry.action);
+        for (const DoodleCacheEntry &entry : layout(i).doodlePathCache()->entries())
+            texts << entry.owner + ' ' + DoodleTranslate::stringFromDoodleAction(entry.action);
         return texts;
     }
 
@@ -413,10 +402,9 @@ private:
     QRandomGenerator m_peer;
 };
 
-QString failure(const QList<Op> &ops, Channel channel, quint32 seed, bool background,
-                qsizetype budget)
+QString failure(const QList<Op> &ops, const Session &session)
 {
-    Call call(channel, seed, background, budget);
+    Call call(session);
     for (qsizetype i = 0; i < ops.size(); ++i) {
         call.step(int(i), ops.size());
         call.run(ops.at(i));
@@ -428,14 +416,14 @@ QString failure(const QList<Op> &ops, Channel channel, quint32 seed, bool backgr
 }
 
 // The shortest list found by dropping steps one at a time that still fails.
-QList<Op> shrunk(QList<Op> ops, Channel channel, quint32 seed, bool background, qsizetype budget)
+QList<Op> shrunk(QList<Op> ops, const Session &session)
 {
     for (bool progress = true; progress;) {
         progress = false;
         for (qsizetype i = ops.size() - 1; i >= 0; --i) {
             QList<Op> fewer = ops;
             fewer.removeAt(i);
-            if (!failure(fewer, channel, seed, background, budget).isEmpty()) {
+            if (!failure(fewer, session).isEmpty()) {
                 ops = fewer;
                 progress = true;
             }
@@ -446,7 +434,7 @@ QList<Op> shrunk(QList<Op> ops, Channel channel, quint32 seed, bool background, 
 
 } // namespace
 
-Q_DECLARE_METATYPE(Channel)
+Q_DECLARE_METATYPE(Session)
 
 class TestDoodleLayoutConverge : public QObject
 {
@@ -454,60 +442,46 @@ class TestDoodleLayoutConverge : public QObject
 private slots:
     void randomSessionsConverge_data()
     {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<double>("scale");
-        QTest::addColumn<Channel>("channel");
-        QTest::addColumn<bool>("legacyPeer");
-        QTest::addColumn<bool>("background");
-        QTest::addColumn<qsizetype>("budget");
+        QTest::addColumn<Session>("session");
         const int seeds = qEnvironmentVariableIsSet("DOODLE_SEEDS")
                               ? qEnvironmentVariableIntValue("DOODLE_SEEDS")
                               : 16;
+        const QList<std::pair<const char *, Channel>> channels = {
+            {"at once", Channel::AtOnce},
+            {"reordering", Channel::Reordering},
+            {"one broker, a peer without stamps", Channel::Broker}};
         for (int seed = 1; seed <= seeds; ++seed) {
             const double scale = seed % 4 == 0 ? 2.0 : 1.0;
-            const bool background = seed % 2 == 1;
-            QTest::addRow("at once, seed %d", seed)
-                << quint32(seed) << scale << Channel::AtOnce << false << background << qsizetype(0);
-            QTest::addRow("reordering, seed %d", seed)
-                << quint32(seed) << scale << Channel::Reordering << false << background
-                << qsizetype(0);
-            QTest::addRow("one broker, a peer without stamps, seed %d", seed)
-                << quint32(seed) << scale << Channel::Broker << false << background << qsizetype(0);
+            for (const auto &[name, channel] : channels)
+                QTest::addRow("%s, seed %d", name, seed)
+                    << Session{channel, quint32(seed), seed % 2 == 1, 0, false, scale};
         }
         // A budget that splits the longer strokes and refuses the larger shapes.
         for (int seed = 1; seed <= seeds / 2; ++seed) {
-            QTest::addRow("reordering, small budget, seed %d", seed)
-                << quint32(seed) << 1.0 << Channel::Reordering << false << (seed % 2 == 1)
-                << kSmallBudget;
-            QTest::addRow("one broker, small budget, seed %d", seed)
-                << quint32(seed) << 1.0 << Channel::Broker << false << (seed % 2 == 1)
-                << kSmallBudget;
+            for (const auto &[name, channel] : {std::pair{"reordering", Channel::Reordering},
+                                                std::pair{"one broker", Channel::Broker}})
+                QTest::addRow("%s, small budget, seed %d", name, seed)
+                    << Session{channel, quint32(seed), seed % 2 == 1, kSmallBudget};
         }
         // Between peers that all lack stamps, only where nothing is reordered.
         for (int seed = 1; seed <= 4; ++seed)
             QTest::addRow("peer without stamps, seed %d", seed)
-                << quint32(seed) << 1.0 << Channel::AtOnce << true << (seed % 2 == 1)
-                << qsizetype(0);
+                << Session{Channel::AtOnce, quint32(seed), seed % 2 == 1, 0, true};
     }
     void randomSessionsConverge()
     {
-        QFETCH(quint32, seed);
-        QFETCH(double, scale);
-        QFETCH(Channel, channel);
-        QFETCH(bool, legacyPeer);
-        QFETCH(bool, background);
-        QFETCH(qsizetype, budget);
-        DoodleScreen::setScaleOverride(scale);
-        QRandomGenerator random(seed);
+        QFETCH(Session, session);
+        DoodleScreen::setScaleOverride(session.scale);
+        QRandomGenerator random(session.seed);
         QList<Op> ops;
         const int steps = qEnvironmentVariableIsSet("DOODLE_STEPS")
                               ? qEnvironmentVariableIntValue("DOODLE_STEPS")
                               : 60;
         for (int i = 0; i < steps; ++i)
-            ops << randomOp(random, legacyPeer, budget > 0);
-        const QString problem = failure(ops, channel, seed, background, budget);
+            ops << randomOp(random, session.legacyPeer, session.budget > 0);
+        const QString problem = failure(ops, session);
         if (!problem.isEmpty()) {
-            for (const Op &op : shrunk(ops, channel, seed, background, budget))
+            for (const Op &op : shrunk(ops, session))
                 qWarning().noquote() << describe(op);
         }
         QVERIFY2(problem.isEmpty(), qPrintable(problem));

@@ -51,17 +51,13 @@ private slots:
         DoodleLayout &board = p.me.board;
         board.setBrushColor(QColor(20, 120, 200, 180));
         if (gesture == QLatin1String("tap-rect")) {
-            board.touchesBegan({{50, 50}, {50, 50}});
-            board.touchesEnded({{50, 50}, {50, 50}});
+            touchAlong(board, {{50, 50}});
             board.setActionMode(DoodleActionModeRectangle);
-            board.touchesBegan({{60, 40}, {60, 40}});
-            board.touchesMoved({{120, 70}, {60, 40}});
-            board.touchesMoved({{260, 90}, {120, 70}});
+            touchAlong(board, {{60, 40}, {120, 70}, {260, 90}}, false);
             board.touchesEnded({{140, 80}, {260, 90}});
         } else if (gesture == QLatin1String("switch")) {
             board.setBrushWidth(6);
-            board.touchesBegan({{20, 40}, {20, 40}});
-            board.touchesMoved({{100, 40}, {20, 40}});
+            touchAlong(board, {{20, 40}, {100, 40}}, false);
             board.setBrushColor(Qt::red);
             board.setBrushWidth(1);
             board.setActionMode(DoodleActionModeEraser);
@@ -74,8 +70,7 @@ private slots:
         } else {
             board.setActionMode(DoodleActionModeText);
             board.setTextSize(13.7);
-            board.touchesBegan({{33.4, 21.7}, {33.4, 21.7}});
-            board.touchesEnded({{33.4, 21.7}, {33.4, 21.7}});
+            touchAlong(board, {{33.4, 21.7}});
             QLineEdit *field = board.doodleView()->tempTextField();
             QVERIFY(field);
             QTest::keyClicks(field, QStringLiteral("Exact"));
@@ -173,9 +168,7 @@ private slots:
         DoodleLayout &board = p.me.board;
         board.setActionMode(mode);
         board.setEraserWidth(10);
-        board.touchesBegan({{20, 65}, {20, 65}});
-        board.touchesMoved({{60, 62}, {20, 65}});
-        board.touchesMoved({{100, 66}, {60, 62}});
+        touchAlong(board, {{20, 65}, {60, 62}, {100, 66}}, false);
         if (redraw == QLatin1String("received clear"))
             p.me.receive("peer", commandAction(DoodleActionTypeClean, "peer"));
         else if (redraw == QLatin1String("received undo"))
@@ -202,8 +195,7 @@ private slots:
         Pair p;
         DoodleLayout &board = p.me.board;
         board.setActionMode(DoodleActionModeText);
-        board.touchesBegan({{30, 30}, {30, 30}});
-        board.touchesEnded({{30, 30}, {30, 30}});
+        touchAlong(board, {{30, 30}});
         QPointer<QLineEdit> field = board.doodleView()->tempTextField();
         QVERIFY(field);
         QTest::keyClicks(field, QStringLiteral("abc"));

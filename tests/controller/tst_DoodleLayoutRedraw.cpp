@@ -65,12 +65,7 @@ void stroke(DoodleLayout &board, qint64 mode, bool end)
     board.setBrushWidth(6);
     board.setEraserWidth(12);
     board.setBrushColor(QColor(0, 0, 255, 100));
-    const QPointF a(20, 30), b(90, 80), c(100, 20);
-    board.touchesBegan({a, a});
-    board.touchesMoved({b, a});
-    board.touchesMoved({c, b});
-    if (end)
-        board.touchesEnded({c, c});
+    touchAlong(board, {{20, 30}, {90, 80}, {100, 20}}, end);
 }
 
 } // namespace

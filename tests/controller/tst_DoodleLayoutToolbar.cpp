@@ -29,8 +29,8 @@ struct ToolBoard : Participant
     {
         QList<qint64> types;
         for (ZQDoodleButton *b : board.doodletoolbar()->buttons())
-            types << (b->isSelected() ? b->type() : 0);
-        types.removeAll(0);
+            if (b->isSelected())
+                types << b->type();
         return types;
     }
     // Where the tool bar and the floating button sit.
@@ -38,12 +38,7 @@ struct ToolBoard : Participant
     {
         return {board.doodletoolbar()->geometry(), board.doodletoolButton()->geometry()};
     }
-    void drag()
-    {
-        QTest::mousePress(board.view(), Qt::LeftButton, {}, {100, 100});
-        QTest::mouseMove(board.view(), {200, 150});
-        QTest::mouseRelease(board.view(), Qt::LeftButton, {}, {260, 210});
-    }
+    void drag() { ::drag(board.view(), Input::Mouse, {{100, 100}, {200, 150}, {260, 210}}); }
 };
 
 } // namespace
@@ -65,10 +60,8 @@ private slots:
         QTest::mouseClick(t.board.doodletoolButton(), Qt::LeftButton);
         QVERIFY(t.board.doodletoolbar()->isVisible());
         t.drag();
-        QWidget *bar = t.board.doodletoolbar(); // a press between its buttons draws nothing
-        QTest::mousePress(bar, Qt::LeftButton, {}, {1, 15});
-        QTest::mouseMove(bar, {60, 10});
-        QTest::mouseRelease(bar, Qt::LeftButton, {}, {60, 10});
+        // A press between the bar's buttons draws nothing.
+        ::drag(t.board.doodletoolbar(), Input::Mouse, {{1, 15}, {60, 10}, {60, 10}});
         t.click(DoodleToolbarButtonTypeWidth); // a picker, closed by the fold
         QTest::mouseClick(t.board.doodletoolButton(), Qt::LeftButton);
         QVERIFY(!t.board.doodletoolbar()->isVisible() && t.pickers().isEmpty());

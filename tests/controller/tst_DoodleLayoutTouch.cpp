@@ -156,8 +156,7 @@ private slots:
         pen.drag({{20, 20}, {60, 30}, {70, 30}});
         QVERIFY(pen.onlyAction());
         QCOMPARE(pointStrings(pen.onlyAction()).first(), QStringLiteral("2 -0.800000 -0.600000"));
-        QCOMPARE(pen.onlyAction()->pathPoints().size(),
-                 2); // the press and the move; nothing from the tap
+        QCOMPARE(pen.onlyAction()->pathPoints().size(), 2); // nothing from the tap
 
         TouchBoard arrow(DoodleActionModeArrow);
         QTest::mouseClick(arrow.view(), Qt::LeftButton, {}, {20, 50});
@@ -252,10 +251,9 @@ private slots:
         // Round: the ink is as tall as it is wide.
         const QImage ink = peer.cache();
         QRect box;
-        for (int y = 0; y < ink.height(); ++y) {
+        for (int y = 0; y < ink.height(); ++y)
             for (int x = 0; x < ink.width(); ++x)
                 box |= qAlpha(ink.pixel(x, y)) > 128 ? QRect(x, y, 1, 1) : QRect();
-        }
         QVERIFY2(std::abs(box.width() - box.height()) <= 2, qPrintable(QDebug::toString(box)));
         QCOMPARE(me.board.imageScreenShot().deviceIndependentSize(), aspect);
         me.board.setBoardAspect(QSizeF()); // none: the board fills its view again
@@ -267,24 +265,16 @@ private slots:
     void aTextFieldIsCommittedWhenTheUserMovesOn_data()
     {
         QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("finish");
         QTest::addColumn<bool>("sent");
-        QTest::newRow("return") << "hi bob"
-                                << "return" << true;
-        QTest::newRow("tap elsewhere") << "hi bob"
-                                       << "tap" << true;
-        QTest::newRow("another tool") << "hi"
-                                      << "tool" << true;
-        QTest::newRow("fold the bar") << "hi"
-                                      << "fold" << true;
-        QTest::newRow("focus elsewhere") << "hi"
-                                         << "focus" << true;
-        QTest::newRow("escape") << "hi bob"
-                                << "escape" << false;
-        QTest::newRow("empty return") << ""
-                                      << "return" << false;
-        QTest::newRow("blank tap") << "   "
-                                   << "tap" << false;
+        QTest::addColumn<QString>("finish");
+        QTest::newRow("return") << "hi bob" << true << "return";
+        QTest::newRow("tap elsewhere") << "hi bob" << true << "tap";
+        QTest::newRow("another tool") << "hi" << true << "tool";
+        QTest::newRow("fold the bar") << "hi" << true << "fold";
+        QTest::newRow("focus elsewhere") << "hi" << true << "focus";
+        QTest::newRow("escape") << "hi bob" << false << "escape";
+        QTest::newRow("empty return") << "" << false << "return";
+        QTest::newRow("blank tap") << "   " << false << "tap";
     }
     void aTextFieldIsCommittedWhenTheUserMovesOn()
     {
