@@ -198,6 +198,26 @@ private slots:
         QCOMPARE(me.cache().deviceIndependentSize(), QSizeF(kTurned));
     }
 
+    // A large board's new picture is repainted a band at a time: every band
+    // reaches the screen, which ends as a fresh rendering of the board.
+    void everyBandOfTheSwappedPictureReachesTheScreen()
+    {
+        Participant me(QStringLiteral("me"), QSize(1200, 1000));
+        fill(me.board, 40, 10);
+        QWidget *window = me.board.view()->window();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        me.board.resetDoodleViewFrame(QRect(0, 0, 1000, 1200));
+        QVERIFY(Participant::settle(me.board));
+        const auto shown = [window] {
+            return window->screen()
+                ->grabWindow(window->winId())
+                .toImage()
+                .convertToFormat(QImage::Format_RGB32);
+        };
+        QTRY_COMPARE(shown(), window->grab().toImage().convertToFormat(QImage::Format_RGB32));
+    }
+
     // A state read on the worker that would inflate past the bound is refused
     // there, in bounded memory, and leaves the board as it was.
     void compressedBombOnTheWorkerIsRefused()

@@ -3,8 +3,19 @@
 #include <QChildEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QTimer>
 
 #include <algorithm>
+
+namespace {
+
+// A whole new picture of at least this many device pixels (a redraw swapped
+// in) is repainted this many bands at a time, one per turn of the event
+// loop, so that no single repaint of a large board holds the GUI thread long.
+constexpr double kBandFromPixels = 1 << 20;
+constexpr int kBands = 4;
+
+} // namespace
 
 ZQDoodleDrawView::ZQDoodleDrawView(QWidget *parent) : QWidget(parent)
 {
@@ -12,7 +23,30 @@ ZQDoodleDrawView::ZQDoodleDrawView(QWidget *parent) : QWidget(parent)
     // until it holds a child widget such as a text field (see childEvent).
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
-    m_surface.setHost([this] { return size(); }, [this](const QRect &area) { update(area); });
+    m_surface.setHost([this] { return size(); }, [this](const QRect &area) { showChange(area); });
+}
+
+void ZQDoodleDrawView::showChange(const QRect &area)
+{
+    const double ratio = devicePixelRatioF();
+    if (area != rect() || width() * height() * ratio * ratio < kBandFromPixels) {
+        update(area);
+        return;
+    }
+    // A sequence under way starts again from the top with the newer picture.
+    const bool underWay = m_bandsLeft > 0;
+    m_bandsLeft = kBands;
+    if (!underWay)
+        showNextBand();
+}
+
+void ZQDoodleDrawView::showNextBand()
+{
+    const int band = kBands - m_bandsLeft--;
+    const int top = height() * band / kBands;
+    update(0, top, width(), height() * (band + 1) / kBands - top);
+    if (m_bandsLeft > 0)
+        QTimer::singleShot(0, this, &ZQDoodleDrawView::showNextBand);
 }
 
 void ZQDoodleDrawView::setCacheImage(const QImage &image)

@@ -85,6 +85,9 @@ protected:
 
 private:
     void removeChildWidgets();
+    void showChange(const QRect &area);
+    void showNextBand();
 
     DoodleSurface m_surface;
+    int m_bandsLeft = 0; // of a whole new picture being shown a band at a time
 };
