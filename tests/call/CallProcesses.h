@@ -44,11 +44,15 @@ public:
         }
     }
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
-    qint64 processId() const { return m_process.processId(); }
     bool finishedWith(int code) const
     {
         return !isRunning() && m_process.exitStatus() == QProcess::NormalExit &&
                m_process.exitCode() == code;
+    }
+    // Waits up to `timeoutMs` for the process to end, and tells whether it ended with 0.
+    bool endsWell(int timeoutMs = 10000)
+    {
+        return QTest::qWaitFor([this] { return !isRunning(); }, timeoutMs) && finishedWith(0);
     }
     const QString &out() const { return m_out; }
     const QString &err() const { return m_err; }
@@ -67,15 +71,14 @@ inline quint16 freeLoopbackPort()
     return server.listen(QHostAddress::LocalHost, 0) ? server.serverPort() : 0;
 }
 
-// mosquitto on 127.0.0.1, anonymous, without persistence: a restart forgets
-// everything. Or mosquitto with a configuration of its own.
+// mosquitto on 127.0.0.1, anonymous, without persistence (a restart forgets
+// everything), with the `extra` configuration lines. Or mosquitto with a
+// configuration of its own.
 class Broker
 {
 public:
-    // `noDelay`: the broker sends each message at once (TCP_NODELAY) rather
-    // than waiting to fill a packet, as mosquitto does by default.
-    explicit Broker(const QString &program, bool noDelay = false)
-        : m_program(program), m_noDelay(noDelay)
+    explicit Broker(const QString &program, const QString &extra = {})
+        : m_program(program), m_extra(extra)
     {}
 
     static bool isInstalled(const QString &program) { return QFileInfo(program).isExecutable(); }
@@ -105,7 +108,6 @@ public:
     }
     void stop() { m_process.reset(); }
     quint16 port() const { return m_port; }
-    qint64 processId() const { return m_process ? m_process->processId() : 0; }
     QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
 
 private:
@@ -118,15 +120,15 @@ private:
         if (!m_port || !file.open(QIODevice::WriteOnly))
             return false;
         return file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
-                                         "persistence false\nset_tcp_nodelay %2\n")
+                                         "persistence false\n%2\n")
                               .arg(m_port)
-                              .arg(m_noDelay ? "true" : "false")
+                              .arg(m_extra)
                               .toUtf8()) > 0;
     }
 
     QString m_program;
     QString m_config;
-    bool m_noDelay = false;
+    QString m_extra;
     QTemporaryDir m_dir;
     quint16 m_port = 0;
     std::unique_ptr<ToolProcess> m_process;
@@ -165,10 +167,8 @@ public:
         if (!run({"start", m_dir.path()}, 180000))
             return {};
         QStringList addresses;
-        for (const QString &port : ports[0]) {
+        for (const QString &port : ports[0])
             addresses << QStringLiteral("127.0.0.1:") + port;
-            m_mqttPorts << quint16(port.toUInt());
-        }
         return addresses;
     }
     // Stops node `node` (1 to 3), or every node.
@@ -181,13 +181,6 @@ public:
         return run(QStringList{"stop", m_dir.path()} + which, 60000);
     }
     QString log() const { return m_log; }
-    quint16 mqttPort(int node) const { return m_mqttPorts.value(node - 1); }
-    // The process of node `node` (1 to 3), 0 when it does not run.
-    qint64 processId(int node) const
-    {
-        QFile file(m_dir.filePath(QStringLiteral("node%1/pid").arg(node)));
-        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toLongLong() : 0;
-    }
 
 private:
     bool run(const QStringList &arguments, int timeoutMs)
@@ -206,7 +199,6 @@ private:
     QString m_script;
     QTemporaryDir m_dir;
     QProcessEnvironment m_environment;
-    QList<quint16> m_mqttPorts;
     bool m_started = false;
     QString m_log;
 };
