@@ -10,9 +10,10 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-
 #include <QRandomGenerator>
 #include <QtTest>
+
+#include <utility>
 
 #ifdef DOODLE_HAVE_QUICK
 #include <DoodleBoard.h>
@@ -25,9 +26,10 @@ namespace {
 const QString kSize = QStringLiteral("390x560");
 const QString kScale = QStringLiteral("1");
 
-// A session of `count` actions in `color`: strokes, shapes, erasures, undos
-// and, for one participant, a clear half way.
-QStringList makeSession(quint32 seed, int count, const QColor &color, bool clearHalfWay)
+// A session of `count` actions in `color`: strokes and erasures of `points`
+// points, shapes, undos and, for one participant, a clear half way.
+QStringList makeSession(quint32 seed, int count, const QColor &color, bool clearHalfWay,
+                        int points = 8)
 {
     QRandomGenerator random(seed);
     const auto coordinate = [&random] { return float(random.bounded(1.6) - 0.8); };
@@ -49,7 +51,7 @@ QStringList makeSession(quint32 seed, int count, const QColor &color, bool clear
             action->setHeight(0.2f);
         } else {
             action->setActionType(i % 7 == 0 ? DoodleActionTypeEraser : DoodleActionTypeStroke);
-            for (int p = 0; p < 8; ++p)
+            for (int p = 0; p < points; ++p)
                 action->addPointWithPositionX(coordinate(), coordinate(), 2);
         }
         lines << DoodleTranslate::stringFromDoodleAction(action);
@@ -224,26 +226,6 @@ private:
             *agreed = first;
     }
 
-    // Rows of refusesWhatItCannotJoin against the secure broker.
-    void addSecureRefusals()
-    {
-        const QStringList names{"--call", "board", "--user", "alice"};
-        const QStringList broker{"--broker", m_secure->address(), "--snapshot", "x.png"};
-        QTest::newRow("wrong password")
-            << broker + names +
-                   QStringList{"--cafile", secret("ca.crt"), "--password-file",
-                               secret("bob.password")}
-            << 1 << "the broker at " + m_secure->address() + " refused the login as alice";
-        QTest::newRow("unknown CA")
-            << broker + names + QStringList{"--cafile", secret("stranger/ca.crt")} << 1
-            << "does not verify against " + secret("stranger/ca.crt");
-        QTest::newRow("no TLS against a TLS listener")
-            << broker + names << 1 << "closed the connection before accepting it";
-        QTest::newRow("a certificate without TLS")
-            << broker + names +
-                   QStringList{"--cert", secret("alice.crt"), "--key", secret("alice.key")}
-            << 2 << "--cert and --key go with --cafile";
-    }
 private slots:
     void initTestCase()
     {
@@ -282,17 +264,7 @@ private slots:
     {
         Broker broker(DOODLE_MOSQUITTO, "max_packet_size 16384");
         QVERIFY(broker.start());
-        QStringList lines;
-        for (int i = 1; i <= 24; ++i) {
-            auto action = std::make_shared<DoodleAction>();
-            action->setActionType(i % 8 == 0 ? DoodleActionTypeUndo : DoodleActionTypeStroke);
-            action->setBrushColor(kColors[0]);
-            action->setBrushWidth(0.01f);
-            for (int p = 0; p < 700 && i % 8 != 0; ++p)
-                action->addPointWithPositionX(float(-0.9 + 1.8 * p / 700),
-                                              float(-0.9 + 0.07 * i + 0.03 * std::sin(p * 0.2)), 2);
-            lines << DoodleTranslate::stringFromDoodleAction(action);
-        }
+        const QStringList lines = makeSession(3, 24, kColors[0], false, 700);
         QVERIFY(lines.first().size() > 30000);
         const QString session = m_dir.filePath("capped.jsonl");
         QVERIFY(writeLines(session, lines));
@@ -502,14 +474,13 @@ private slots:
         bool clicked = false;
         QTimer clicker;
         connect(&clicker, &QTimer::timeout, this, [&] {
-            if (!watcher.participants().contains(QStringLiteral("ann")))
+            if (clicked || !watcher.participants().contains(QStringLiteral("ann")))
                 return;
             for (QWidget *window : QApplication::topLevelWidgets()) {
                 for (ZQDoodleButton *button : window->findChildren<ZQDoodleButton *>()) {
-                    if (button->type() == 11 && button->isVisible() && !clicked) {
-                        clicked = true;
+                    if (button->type() == 11 && button->isVisible() &&
+                        !std::exchange(clicked, true))
                         QTest::mouseClick(button, Qt::LeftButton);
-                    }
                 }
             }
         });
@@ -603,38 +574,47 @@ private slots:
         QVERIFY2(kinds.count("state") == 1 && kinds.contains("join"), qPrintable(kinds.join(',')));
     }
 
+    // Whatever `doodle join` cannot use ends it within seconds, saying why.
     void refusesWhatItCannotJoin_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("exitCode");
         QTest::addColumn<QString>("message");
         const QString nobody = QStringLiteral("127.0.0.1:%1").arg(freeLoopbackPort());
-        const QStringList names{"--call", "c", "--user", "u"};
+        const auto row = [](const char *name, const QString &broker, const QStringList &arguments,
+                            int code, const QString &message) {
+            QTest::newRow(name) << QStringList{"--broker", broker} + arguments << code << message;
+        };
+        const QStringList names{"--call", "c", "--user", "u"}, snapshot{"--snapshot", "x.png"},
+            quick{"--quick"};
         const QString refused = "cannot reach the broker at " + nobody + " (Connection refused)";
-        QTest::newRow("no broker listening")
-            << QStringList{"--broker", nobody, "--snapshot", "x.png"} + names << 1 << refused;
-        QTest::newRow("no broker listening, with a window")
-            << QStringList{"--broker", nobody} + names << 1 << refused;
-        QTest::newRow("no broker listening, with a Quick window")
-            << QStringList{"--broker", nobody, "--quick"} + names << 1 << refused;
-        QTest::newRow("a Quick window headless")
-            << QStringList{"--broker", nobody, "--quick", "--snapshot", "x.png"} + names << 2
-            << "--quick opens a window";
-        QTest::newRow("no call") << QStringList{"--broker", nobody, "--user", "u"} << 2
-                                 << "doodle join: missing --call NAME (the call's name)";
-        QTest::newRow("a topic wildcard in the user")
-            << QStringList{"--broker", nobody, "--call", "c", "--user", "u/+"} << 2 << "--user";
-        QTest::newRow("bad broker address")
-            << QStringList{"--broker", "127.0.0.1:http"} + names << 2 << "--broker";
-        QTest::newRow("idle without a picture")
-            << QStringList{"--broker", nobody, "--quit-after-idle", "1"} + names << 2
-            << "--snapshot";
-        QTest::newRow("unreadable session")
-            << QStringList{"--broker", nobody, "--play", "/nonexistent", "--snapshot", "x.png"} +
-                   names
-            << 2 << "cannot read";
-        if (m_secure)
-            addSecureRefusals();
+        row("no broker listening", nobody, names + snapshot, 1, refused);
+        row("no broker listening, with a window", nobody, names, 1, refused);
+        row("no broker listening, with a Quick window", nobody, names + quick, 1, refused);
+        row("a Quick window headless", nobody, names + snapshot + quick, 2,
+            "--quick opens a window");
+        row("no call", nobody, {"--user", "u"}, 2,
+            "doodle join: missing --call NAME (the call's name)");
+        row("a topic wildcard in the user", nobody, {"--call", "c", "--user", "u/+"}, 2, "--user");
+        row("bad broker address", "127.0.0.1:http", names, 2, "--broker");
+        row("idle without a picture", nobody, names + QStringList{"--quit-after-idle", "1"}, 2,
+            "--snapshot");
+        row("unreadable session", nobody, names + snapshot + QStringList{"--play", "/nonexistent"},
+            2, "cannot read");
+        if (!m_secure)
+            return;
+        const QString secure = m_secure->address(), ca = secret("ca.crt");
+        const QStringList alice = QStringList{"--call", "board", "--user", "alice"} + snapshot;
+        row("wrong password", secure,
+            alice + QStringList{"--cafile", ca, "--password-file", secret("bob.password")}, 1,
+            "the broker at " + secure + " refused the login as alice");
+        row("unknown CA", secure, alice + QStringList{"--cafile", secret("stranger/ca.crt")}, 1,
+            "does not verify against " + secret("stranger/ca.crt"));
+        row("no TLS against a TLS listener", secure, alice, 1,
+            "closed the connection before accepting it");
+        row("a certificate without TLS", secure,
+            alice + QStringList{"--cert", secret("alice.crt"), "--key", secret("alice.key")}, 2,
+            "--cert and --key go with --cafile");
     }
     void refusesWhatItCannotJoin()
     {

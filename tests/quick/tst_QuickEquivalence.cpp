@@ -78,12 +78,12 @@ struct QuickBoard
     QImage picture() { return window.grabWindow(); }
     // An element of the chrome, by name, and where it is on the board.
     QQuickItem *item(const QString &name) const { return board->findChild<QQuickItem *>(name); }
-    QRect rectOf(const QString &name) const
+    QRect rectOf(const QQuickItem *found) const
     {
-        const QQuickItem *found = item(name);
         return found ? found->mapRectToItem(board, QRectF(QPointF(), found->size())).toRect()
                      : QRect();
     }
+    QRect rectOf(const QString &name) const { return rectOf(item(name)); }
     void tap(const QPoint &at) { QTest::mouseClick(&window, Qt::LeftButton, {}, at); }
 
     QQuickWindow window;
@@ -292,11 +292,7 @@ private slots:
         QCOMPARE(quick.rectOf("doodleToolBar"), onView(widget.board.doodletoolbar(), view));
         const QList<ZQDoodleButton *> buttons = widget.board.doodletoolbar()->buttons();
         for (qsizetype i = 0; i < buttons.size(); ++i)
-            QCOMPARE(quick.item("doodleToolBar")
-                         ->childItems()
-                         .at(i)
-                         ->mapRectToItem(quick.board, QRectF(QPointF(), buttons.at(i)->size()))
-                         .toRect(),
+            QCOMPARE(quick.rectOf(quick.item("doodleToolBar")->childItems().at(i)),
                      onView(buttons.at(i), view));
         for (const DoodlePickerEntry &picker : DoodleBarLayout::pickers()) {
             ZQDoodleButton *anchor = ofType(buttons, picker.anchorType);
