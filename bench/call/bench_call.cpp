@@ -215,7 +215,7 @@ void runRounds(benchmark::State &state, Call &call)
 
 void BM_GestureToPictureThroughBroker(benchmark::State &state)
 {
-    Broker broker(DOODLE_MOSQUITTO, state.range(0) != 0);
+    Broker broker(DOODLE_MOSQUITTO, state.range(0) != 0 ? "set_tcp_nodelay true" : "");
     if (!Broker::isInstalled(DOODLE_MOSQUITTO) || !broker.start()) {
         state.SkipWithError("mosquitto could not be started (scripts/deps.sh installs it)");
         return;

@@ -97,7 +97,7 @@ void drawStroke(DoodleLayout &board, Stroke &stroke, int number)
 void BM_MoveToPreviewThroughBroker(benchmark::State &state)
 {
     const bool live = state.range(0) != 0;
-    Broker broker(DOODLE_MOSQUITTO, true);
+    Broker broker(DOODLE_MOSQUITTO, "set_tcp_nodelay true");
     if (!Broker::isInstalled(DOODLE_MOSQUITTO) || !broker.start()) {
         state.SkipWithError("mosquitto could not be started (scripts/deps.sh installs it)");
         return;

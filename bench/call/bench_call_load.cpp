@@ -216,7 +216,7 @@ void runLoad(benchmark::State &state, Load &load, const QList<qint64> &brokerPid
 
 void BM_CallsOnOneBroker(benchmark::State &state)
 {
-    Broker broker(DOODLE_MOSQUITTO, true);
+    Broker broker(DOODLE_MOSQUITTO, "set_tcp_nodelay true");
     if (!Broker::isInstalled(DOODLE_MOSQUITTO) || !broker.start()) {
         state.SkipWithError("mosquitto could not be started (scripts/deps.sh installs it)");
         return;

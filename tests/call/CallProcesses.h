@@ -50,6 +50,11 @@ public:
         return !isRunning() && m_process.exitStatus() == QProcess::NormalExit &&
                m_process.exitCode() == code;
     }
+    // Waits up to `timeoutMs` for the process to end, and tells whether it ended with 0.
+    bool endsWell(int timeoutMs = 10000)
+    {
+        return QTest::qWaitFor([this] { return !isRunning(); }, timeoutMs) && finishedWith(0);
+    }
     const QString &out() const { return m_out; }
     const QString &err() const { return m_err; }
     QString lastLine() const { return m_out.trimmed().section(QLatin1Char('\n'), -1); }
@@ -67,15 +72,14 @@ inline quint16 freeLoopbackPort()
     return server.listen(QHostAddress::LocalHost, 0) ? server.serverPort() : 0;
 }
 
-// mosquitto on 127.0.0.1, anonymous, without persistence: a restart forgets
-// everything. Or mosquitto with a configuration of its own.
+// mosquitto on 127.0.0.1, anonymous, without persistence (a restart forgets
+// everything), with the `extra` configuration lines. Or mosquitto with a
+// configuration of its own.
 class Broker
 {
 public:
-    // `noDelay`: the broker sends each message at once (TCP_NODELAY) rather
-    // than waiting to fill a packet, as mosquitto does by default.
-    explicit Broker(const QString &program, bool noDelay = false)
-        : m_program(program), m_noDelay(noDelay)
+    explicit Broker(const QString &program, const QString &extra = {})
+        : m_program(program), m_extra(extra)
     {}
 
     static bool isInstalled(const QString &program) { return QFileInfo(program).isExecutable(); }
@@ -118,15 +122,15 @@ private:
         if (!m_port || !file.open(QIODevice::WriteOnly))
             return false;
         return file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
-                                         "persistence false\nset_tcp_nodelay %2\n")
+                                         "persistence false\n%2\n")
                               .arg(m_port)
-                              .arg(m_noDelay ? "true" : "false")
+                              .arg(m_extra)
                               .toUtf8()) > 0;
     }
 
     QString m_program;
     QString m_config;
-    bool m_noDelay = false;
+    QString m_extra;
     QTemporaryDir m_dir;
     quint16 m_port = 0;
     std::unique_ptr<ToolProcess> m_process;

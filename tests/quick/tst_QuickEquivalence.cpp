@@ -15,6 +15,7 @@
 namespace {
 
 const QSize kBoard(180, 140);
+using Session = QList<DoodleActionPtr>;
 
 DoodleActionPtr textAction(const QString &user, const QPointF &at, const QString &text)
 {
@@ -77,12 +78,12 @@ struct QuickBoard
     QImage picture() { return window.grabWindow(); }
     // An element of the chrome, by name, and where it is on the board.
     QQuickItem *item(const QString &name) const { return board->findChild<QQuickItem *>(name); }
-    QRect rectOf(const QString &name) const
+    QRect rectOf(const QQuickItem *found) const
     {
-        const QQuickItem *found = item(name);
         return found ? found->mapRectToItem(board, QRectF(QPointF(), found->size())).toRect()
                      : QRect();
     }
+    QRect rectOf(const QString &name) const { return rectOf(item(name)); }
     void tap(const QPoint &at) { QTest::mouseClick(&window, Qt::LeftButton, {}, at); }
 
     QQuickWindow window;
@@ -148,7 +149,7 @@ private slots:
 
     void sameSessionsSamePixels_data()
     {
-        QTest::addColumn<QList<DoodleActionPtr>>("session");
+        QTest::addColumn<Session>("session");
         QTest::addColumn<QSizeF>("aspect");
         QTest::addColumn<bool>("worker"); // reshaped after the session, redrawn on the worker
         const QString a = QStringLiteral("anna"), b = QStringLiteral("ben");
@@ -157,47 +158,39 @@ private slots:
                                 width);
         };
         QTest::newRow("strokes and a dot")
-            << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.03f), line(b, 0.2, Qt::blue, 0.1f),
-                                      strokeAction(a, {{0.1, 0.1}, {0.1, 0.1}}, Qt::black, 0.05f)}
+            << Session{line(a, -0.5, Qt::red, 0.03f), line(b, 0.2, Qt::blue, 0.1f),
+                       strokeAction(a, {{0.1, 0.1}, {0.1, 0.1}}, Qt::black, 0.05f)}
             << QSizeF() << false;
-        QTest::newRow("shapes") << QList<DoodleActionPtr>{boxAction(DoodleActionTypeRectangle, a,
-                                                                    {-0.7, -0.6, 0.8, 0.5}),
-                                                          boxAction(DoodleActionTypeEllipse, b,
-                                                                    {-0.2, -0.1, 0.9, 0.8},
-                                                                    Qt::darkCyan),
-                                                          boxAction(DoodleActionTypeArrow, a,
-                                                                    {-0.9, 0.8, 1.6, -1.5},
-                                                                    Qt::magenta)}
-                                << QSizeF() << false;
-        QTest::newRow("eraser over strokes")
-            << QList<DoodleActionPtr>{line(a, -0.2, Qt::red, 0.2f), line(b, 0.3, Qt::blue, 0.1f),
-                                      strokeAction(b, {{-1, -1}, {0, 0}, {1, 1}}, Qt::black, 0.08f,
-                                                   DoodleActionTypeEraser)}
+        QTest::newRow("shapes")
+            << Session{boxAction(DoodleActionTypeRectangle, a, {-0.7, -0.6, 0.8, 0.5}),
+                       boxAction(DoodleActionTypeEllipse, b, {-0.2, -0.1, 0.9, 0.8}, Qt::darkCyan),
+                       boxAction(DoodleActionTypeArrow, a, {-0.9, 0.8, 1.6, -1.5}, Qt::magenta)}
             << QSizeF() << false;
-        QTest::newRow("text") << QList<DoodleActionPtr>{textAction(a, {-0.8, -0.3}, "Hello"),
-                                                        line(b, 0.0, Qt::red, 0.02f)}
-                              << QSizeF() << false;
+        QTest::newRow("text, and an eraser over strokes")
+            << Session{textAction(a, {-0.8, -0.3}, "Hello"), line(a, -0.2, Qt::red, 0.2f),
+                       line(b, 0.3, Qt::blue, 0.1f),
+                       strokeAction(b, {{-1, -1}, {0, 0}, {1, 1}}, Qt::black, 0.08f,
+                                    DoodleActionTypeEraser)}
+            << QSizeF() << false;
         QTest::newRow("shapes on a square board")
-            << QList<DoodleActionPtr>{boxAction(DoodleActionTypeEllipse, a, {-0.8, -0.8, 1.6, 1.6}),
-                                      line(b, 0.0, Qt::red, 0.05f)}
+            << Session{boxAction(DoodleActionTypeEllipse, a, {-0.8, -0.8, 1.6, 1.6}),
+                       line(b, 0.0, Qt::red, 0.05f)}
             << QSizeF(1, 1) << false;
         QTest::newRow("undo and clear")
-            << QList<DoodleActionPtr>{line(a, -0.5, Qt::red, 0.05f), line(b, 0.0, Qt::blue, 0.05f),
-                                      commandAction(DoodleActionTypeUndo, a),
-                                      commandAction(DoodleActionTypeClean, b),
-                                      line(a, 0.5, Qt::darkGreen, 0.05f)}
+            << Session{line(a, -0.5, Qt::red, 0.05f), line(b, 0.0, Qt::blue, 0.05f),
+                       commandAction(DoodleActionTypeUndo, a),
+                       commandAction(DoodleActionTypeClean, b), line(a, 0.5, Qt::darkGreen, 0.05f)}
             << QSizeF() << false;
         QTest::newRow("text and an eraser, reshaped on the worker")
-            << QList<DoodleActionPtr>{textAction(a, {-0.8, -0.3}, "Hello"),
-                                      line(b, 0.0, Qt::red, 0.05f),
-                                      strokeAction(b, {{-1, -1}, {1, 1}}, Qt::black, 0.08f,
-                                                   DoodleActionTypeEraser)}
+            << Session{textAction(a, {-0.8, -0.3}, "Hello"), line(b, 0.0, Qt::red, 0.05f),
+                       strokeAction(b, {{-1, -1}, {1, 1}}, Qt::black, 0.08f,
+                                    DoodleActionTypeEraser)}
             << QSizeF(1, 1) << true;
     }
 
     void sameSessionsSamePixels()
     {
-        QFETCH(QList<DoodleActionPtr>, session);
+        QFETCH(Session, session);
         QFETCH(QSizeF, aspect);
         QFETCH(bool, worker);
         WidgetBoard widget;
@@ -259,14 +252,14 @@ private slots:
         quick.board->setBoardAspect(aspect);
         // A stroke under the eraser, so that both erase the same pixels.
         sendToBoth(widget, quick, strokeAction("ann", {{-1, -0.5}, {1, 0.5}}, Qt::blue, 0.1f));
-        widget.board.setActionMode(mode);
-        quick.board->setActionMode(int(mode));
-        widget.board.setBrushWidth(5);
-        quick.board->setBrushWidth(5);
-        widget.board.setEraserWidth(10);
-        quick.board->setEraserWidth(10);
-        widget.board.setBrushColor(Qt::red);
-        quick.board->setBrushColor(Qt::red);
+        const auto setUp = [mode](auto &board) {
+            board.setActionMode(int(mode));
+            board.setBrushWidth(5);
+            board.setEraserWidth(10);
+            board.setBrushColor(Qt::red);
+        };
+        setUp(widget.board);
+        setUp(*quick.board);
         drag(widget.board.view(), Input::Mouse, points);
         dragQuick(quick.window, points);
         QCOMPARE(widget.texts().size(), actions);
@@ -299,11 +292,7 @@ private slots:
         QCOMPARE(quick.rectOf("doodleToolBar"), onView(widget.board.doodletoolbar(), view));
         const QList<ZQDoodleButton *> buttons = widget.board.doodletoolbar()->buttons();
         for (qsizetype i = 0; i < buttons.size(); ++i)
-            QCOMPARE(quick.item("doodleToolBar")
-                         ->childItems()
-                         .at(i)
-                         ->mapRectToItem(quick.board, QRectF(QPointF(), buttons.at(i)->size()))
-                         .toRect(),
+            QCOMPARE(quick.rectOf(quick.item("doodleToolBar")->childItems().at(i)),
                      onView(buttons.at(i), view));
         for (const DoodlePickerEntry &picker : DoodleBarLayout::pickers()) {
             ZQDoodleButton *anchor = ofType(buttons, picker.anchorType);

@@ -15,16 +15,12 @@ namespace {
 QVariant call(QQuickItem *root, const char *function, const QVariantList &arguments = {})
 {
     QVariant result;
-    switch (arguments.size()) {
-    case 0:
+    if (arguments.isEmpty())
         QMetaObject::invokeMethod(root, function, Q_RETURN_ARG(QVariant, result));
-        break;
-    default:
+    else
         QMetaObject::invokeMethod(root, function, Q_RETURN_ARG(QVariant, result),
                                   Q_ARG(QVariant, arguments.value(0)),
                                   Q_ARG(QVariant, arguments.value(1)));
-        break;
-    }
     return result;
 }
 
@@ -82,13 +78,10 @@ private slots:
 
     void hostDrivesTheBoard()
     {
-        QQuickView view;
-        view.engine()->addImportPath(QStringLiteral(DOODLE_QML_DIR));
-        view.setSource(QUrl::fromLocalFile(QStringLiteral(DOODLE_TEST_QML)));
-        QVERIFY2(view.status() == QQuickView::Ready, qPrintable(view.errors().value(0).toString()));
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        QQuickItem *root = view.rootObject();
+        Hosted host;
+        QQuickView &view = host.view;
+        QQuickItem *root = host.root();
+        QVERIFY(root);
         // Only the board's picture counts: its floating button stays out of it.
         root->findChild<QQuickItem *>("doodleToolButton")->setVisible(false);
 
@@ -186,22 +179,19 @@ private slots:
         QCOMPARE(host.count("unfoldings"), 2);
     }
 
+    // Keys typed after a tap with the text tool make one text action.
     void textIsTypedIntoAQuickInput()
     {
-        QQuickView view;
-        view.engine()->addImportPath(QStringLiteral(DOODLE_QML_DIR));
-        view.setSource(QUrl::fromLocalFile(QStringLiteral(DOODLE_TEST_QML)));
-        QVERIFY(view.status() == QQuickView::Ready);
-        view.show();
-        QVERIFY(QTest::qWaitForWindowActive(&view));
-        QQuickItem *root = view.rootObject();
-        call(root, "useText");
-        QTest::mouseClick(&view, Qt::LeftButton, {}, {30, 40});
-        QTest::keyClick(&view, Qt::Key_H);
-        QTest::keyClick(&view, Qt::Key_I);
-        QTest::keyClick(&view, Qt::Key_Return);
-        QCOMPARE(sent(root).size(), 1);
-        const DoodleActionPtr text = DoodleTranslate::doodleActionFromString(sent(root).at(0));
+        Hosted host;
+        QVERIFY(host.root());
+        call(host.root(), "useText");
+        QTest::mouseClick(&host.view, Qt::LeftButton, {}, {30, 40});
+        QTest::keyClick(&host.view, Qt::Key_H);
+        QTest::keyClick(&host.view, Qt::Key_I);
+        QTest::keyClick(&host.view, Qt::Key_Return);
+        QCOMPARE(sent(host.root()).size(), 1);
+        const DoodleActionPtr text =
+            DoodleTranslate::doodleActionFromString(sent(host.root()).at(0));
         QCOMPARE(text->actionType(), qint64(DoodleActionTypeText));
         QCOMPARE(text->text(), QStringLiteral("hi"));
     }
