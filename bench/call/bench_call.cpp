@@ -13,7 +13,7 @@
 // one host would; on separate machines each would have a thread of its own.
 #include "CallProcesses.h"
 
-#include "BoardBenchMain.h"
+#include "BoardBench.h"
 
 #include <doodle/Doodle.h>
 #include <doodle/call/DoodleCall.h>
@@ -182,15 +182,6 @@ private:
     };
     std::array<Host, kBoards> hosts;
 };
-
-double percentile(std::vector<double> samples, double fraction)
-{
-    if (samples.empty())
-        return 0;
-    const auto at = samples.begin() + std::ptrdiff_t(fraction * double(samples.size() - 1));
-    std::nth_element(samples.begin(), at, samples.end());
-    return *at;
-}
 
 void runRounds(benchmark::State &state, Call &call)
 {

@@ -9,7 +9,7 @@
 // stroke alone).
 #include "CallProcesses.h"
 
-#include "BoardBenchMain.h"
+#include "BoardBench.h"
 
 #include <doodle/Doodle.h>
 #include <doodle/call/DoodleCall.h>
@@ -31,15 +31,6 @@ namespace {
 constexpr int kMoves = 60; // a second of drawing
 constexpr int kMoveMs = 16;
 const QRect kFrame(0, 0, 390, 560);
-
-double percentile(std::vector<double> samples, double fraction)
-{
-    if (samples.empty())
-        return 0;
-    const auto at = samples.begin() + std::ptrdiff_t(fraction * double(samples.size() - 1));
-    std::nth_element(samples.begin(), at, samples.end());
-    return *at;
-}
 
 // How many points of the current stroke a progress text brings up to.
 qint64 pointsUpTo(const QString &text)

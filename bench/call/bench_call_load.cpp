@@ -10,7 +10,7 @@
 // each call spread over its nodes (the broker columns add up the three).
 #include "CallProcesses.h"
 
-#include "BoardBenchMain.h"
+#include "BoardBench.h"
 
 #include <doodle/Doodle.h>
 #include <doodle/call/DoodleCall.h>
@@ -60,15 +60,6 @@ BrokerUse brokerUse(qint64 pid)
         }
     }
     return use;
-}
-
-double percentile(std::vector<double> samples, double fraction)
-{
-    if (samples.empty())
-        return 0;
-    const auto at = samples.begin() + std::ptrdiff_t(fraction * double(samples.size() - 1));
-    std::nth_element(samples.begin(), at, samples.end());
-    return *at;
 }
 
 // Every participant of every call, the strokes they ended and what arrived.

@@ -2,7 +2,7 @@
 // every primitive painted in place against the same primitive composed into
 // a fresh full-surface picture, one widget repaint after a small stroke, and
 // the bounded cost of bad input.
-#include "BoardBenchMain.h"
+#include "BoardBench.h"
 
 #include <doodle/canvas/ZQDoodleDrawView.h>
 #include <doodle/canvas/ZQDoodleView.h>

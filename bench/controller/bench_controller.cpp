@@ -5,7 +5,7 @@
 // the GUI thread's longest stall in a rotation, a late join and a catch-up.
 // Full redraws run on the GUI thread here, as they did before the worker,
 // except where a benchmark chooses the worker.
-#include "BoardBenchMain.h"
+#include "BoardBench.h"
 
 #include <doodle/Doodle.h>
 #include <doodle/board/DoodleBoardCore_p.h>

@@ -1,8 +1,8 @@
 #pragma once
 
-// The main of a board benchmark: a widget application on the offscreen
-// platform with a screen of the given scale, so the board's picture shows
-// pixel for pixel as on such a screen, then Google Benchmark.
+// What the board benchmarks share: their main, a widget application on the
+// offscreen platform with a screen of the given scale, so the board's picture
+// shows pixel for pixel as on such a screen; and percentiles of samples.
 #include <doodle/support/DoodleScreen.h>
 
 #include <QApplication>
@@ -10,7 +10,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <functional>
+#include <vector>
 
 // `setUp` runs before the benchmarks are chosen (it may register more);
 // `tearDown` runs while the application still exists.
@@ -32,4 +34,14 @@ inline int runBoardBenchmarks(int argc, char **argv, double scale,
     if (tearDown)
         tearDown();
     return 0;
+}
+
+// The sample below which `fraction` of them lie; 0 without samples.
+inline double percentile(std::vector<double> samples, double fraction)
+{
+    if (samples.empty())
+        return 0;
+    const auto at = samples.begin() + std::ptrdiff_t(fraction * double(samples.size() - 1));
+    std::nth_element(samples.begin(), at, samples.end());
+    return *at;
 }
