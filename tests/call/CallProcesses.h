@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <memory>
+#include <vector>
 
 // A process whose standard output is collected as it comes.
 class ToolProcess
@@ -152,11 +153,17 @@ public:
     // The nodes' MQTT addresses once all three run as one cluster, or empty.
     QStringList start()
     {
+        // Nine different ports: each stays bound until all are chosen.
         QStringList ports[3];
+        std::vector<std::unique_ptr<QTcpServer>> held;
         for (QStringList &list : ports) {
-            for (int i = 0; i < 3; ++i)
-                list << QString::number(freeLoopbackPort());
+            for (int i = 0; i < 3; ++i) {
+                held.push_back(std::make_unique<QTcpServer>());
+                held.back()->listen(QHostAddress::LocalHost, 0);
+                list << QString::number(held.back()->serverPort());
+            }
         }
+        held.clear();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("DOODLE_MQTT_PORTS", ports[0].join(' '));
         environment.insert("DOODLE_AMQP_PORTS", ports[1].join(' '));
@@ -166,8 +173,15 @@ public:
                            QStringLiteral("doodle%1n").arg(QCoreApplication::applicationPid()));
         m_environment = environment;
         m_started = true;
-        if (!run({"start", m_dir.path()}, 180000))
+        if (!run({"start", m_dir.path()}, 180000)) {
+            for (int node = 1; node <= 3; ++node) {
+                QFile out(m_dir.filePath(QStringLiteral("node%1/out.log").arg(node)));
+                if (out.open(QIODevice::ReadOnly))
+                    m_log += QStringLiteral("\nnode %1:\n").arg(node) +
+                             QString::fromUtf8(out.readAll().right(2000));
+            }
             return {};
+        }
         QStringList addresses;
         for (const QString &port : ports[0]) {
             addresses << QStringLiteral("127.0.0.1:") + port;
