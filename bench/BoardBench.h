@@ -1,8 +1,9 @@
 #pragma once
 
-// What the board benchmarks share: their main, a widget application on the
-// offscreen platform with a screen of the given scale, so the board's picture
-// shows pixel for pixel as on such a screen; and percentiles of samples.
+// What the board benchmarks share: their main, a widget application (on the
+// offscreen platform unless QT_QPA_PLATFORM names another) with a screen of
+// the given scale, so the board's picture shows pixel for pixel as on such a
+// screen; and percentiles of samples.
 #include <doodle/support/DoodleScreen.h>
 
 #include <QApplication>
@@ -20,7 +21,9 @@ inline int runBoardBenchmarks(int argc, char **argv, double scale,
                               const std::function<void()> &setUp = {},
                               const std::function<void()> &tearDown = {})
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Another platform (xcb under a display, say) when the caller names one.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_SCALE_FACTOR", QByteArray::number(scale));
     QApplication app(argc, argv);
     DoodleScreen::setScaleOverride(scale);
