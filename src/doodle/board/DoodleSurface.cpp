@@ -73,10 +73,11 @@ double DoodleSurface::scale() const
     return m_scale > 0 ? m_scale : DoodleScreen::scale();
 }
 
-void DoodleSurface::setHost(SizeSource size, ChangeSink changed)
+void DoodleSurface::setHost(SizeSource size, ChangeSink changed, ReplaceSink replaced)
 {
     m_sizeSource = std::move(size);
     m_changeSink = std::move(changed);
+    m_replaceSink = std::move(replaced);
 }
 
 void DoodleSurface::changed(const QRect &area) const
@@ -89,7 +90,10 @@ void DoodleSurface::setPicture(const QImage &image)
 {
     m_cacheImage = image;
     m_paintedRect = image.isNull() ? QRect() : rect();
-    changed(rect());
+    if (m_replaceSink)
+        m_replaceSink();
+    else
+        changed(rect());
 }
 
 // Makes the picture match the surface's size at the screen scale. When it

@@ -22,11 +22,13 @@ class DOODLE_EXPORT DoodleSurface
 public:
     using SizeSource = std::function<QSize()>;
     using ChangeSink = std::function<void(const QRect &)>;
+    using ReplaceSink = std::function<void()>;
 
     DoodleSurface() = default;
     // The size is read before every primitive, so it follows the view that
-    // shows the surface; the sink hears every rectangle to show again.
-    void setHost(SizeSource size, ChangeSink changed);
+    // shows the surface; the sink hears every rectangle to show again, and
+    // `replaced` (when given, else the sink) that a whole new picture was set.
+    void setHost(SizeSource size, ChangeSink changed, ReplaceSink replaced = {});
     // The size without a host (a surface drawn off screen).
     void setSize(const QSize &size) { m_size = size; }
     QSize size() const { return m_sizeSource ? m_sizeSource() : m_size; }
@@ -85,6 +87,7 @@ private:
 
     SizeSource m_sizeSource;
     ChangeSink m_changeSink;
+    ReplaceSink m_replaceSink;
     QSize m_size;
     double m_scale = 0;
     QImage m_cacheImage;

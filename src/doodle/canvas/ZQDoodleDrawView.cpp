@@ -9,9 +9,9 @@
 
 namespace {
 
-// A whole new picture of at least this many device pixels (a redraw swapped
-// in) is repainted this many bands at a time, one per turn of the event
-// loop, so that no single repaint of a large board holds the GUI thread long.
+// A whole new picture (a redraw swapped in) of at least this many device
+// pixels is repainted in this many bands, one per turn of the event loop, so
+// that no single repaint of a large board holds the GUI thread long.
 constexpr double kBandFromPixels = 1 << 20;
 constexpr int kBands = 4;
 
@@ -23,14 +23,15 @@ ZQDoodleDrawView::ZQDoodleDrawView(QWidget *parent) : QWidget(parent)
     // until it holds a child widget such as a text field (see childEvent).
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
-    m_surface.setHost([this] { return size(); }, [this](const QRect &area) { showChange(area); });
+    m_surface.setHost([this] { return size(); }, [this](const QRect &area) { update(area); },
+                      [this] { showNewPicture(); });
 }
 
-void ZQDoodleDrawView::showChange(const QRect &area)
+void ZQDoodleDrawView::showNewPicture()
 {
     const double ratio = devicePixelRatioF();
-    if (area != rect() || width() * height() * ratio * ratio < kBandFromPixels) {
-        update(area);
+    if (width() * height() * ratio * ratio < kBandFromPixels) {
+        update();
         return;
     }
     // A sequence under way starts again from the top with the newer picture.

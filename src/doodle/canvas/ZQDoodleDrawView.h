@@ -85,7 +85,7 @@ protected:
 
 private:
     void removeChildWidgets();
-    void showChange(const QRect &area);
+    void showNewPicture();
     void showNextBand();
 
     DoodleSurface m_surface;
