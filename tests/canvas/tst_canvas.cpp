@@ -235,6 +235,59 @@ private slots:
         QCOMPARE(look(shown, points) + look(view.cacheImage(), points), "rr..rr.b");
     }
 
+    // Drawn in strips, a stretched picture shows exactly as one smooth drawing
+    // of it, at whole and fractional scales.
+    void stretchedPictureIsOneSmoothDrawing_data()
+    {
+        QTest::addColumn<double>("ratio");
+        QTest::newRow("1.5") << 1.5;
+        QTest::newRow("3") << 3.0;
+    }
+    void stretchedPictureIsOneSmoothDrawing()
+    {
+        QFETCH(double, ratio);
+        ZQDoodleDrawView view;
+        view.resize(100, 100);
+        view.drawInCacheWithPath(line({0, 0}, {100, 100}), 9, QColor(255, 0, 0, 128));
+        view.resize(150, 311);
+        QImage shown(QSize(150, 311) * ratio, QImage::Format_ARGB32_Premultiplied);
+        shown.setDevicePixelRatio(ratio);
+        shown.fill(Qt::white);
+        QImage expected = shown;
+        view.render(&shown, QPoint(), QRegion(), QWidget::RenderFlags());
+        QPainter painter(&expected);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(QRectF(0, 0, 150, 311), view.cacheImage());
+        painter.end();
+        QCOMPARE(shown, expected);
+    }
+
+    // A large picture stretched to a new size is repainted a band at a time;
+    // every band reaches the screen.
+    void everyBandOfAStretchedPictureReachesTheScreen()
+    {
+        ZQDoodleDrawView view;
+        view.resize(1200, 1000);
+        view.drawInCacheWithPath(line({0, 0}, {1200, 1000}), 40, Qt::blue);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.resize(1000, 1200);
+        QImage expected(view.size() * view.devicePixelRatio(), QImage::Format_RGB32);
+        expected.setDevicePixelRatio(view.devicePixelRatio());
+        expected.fill(view.palette().window().color());
+        QPainter painter(&expected);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(QRectF(view.rect()), view.cacheImage());
+        painter.end();
+        const auto shown = [&view] {
+            return view.screen()
+                ->grabWindow(view.winId())
+                .toImage()
+                .convertToFormat(QImage::Format_RGB32);
+        };
+        QTRY_COMPARE(shown(), expected);
+    }
+
     // A picture of another scale is resampled smoothly: a line one of its pixels
     // wide, at scale 3, partly covers the pixels either side of it at scale 2.
     void aPictureOfAnotherScaleIsResampledSmoothly()

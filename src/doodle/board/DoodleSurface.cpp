@@ -25,6 +25,31 @@ QColor orBlack(const QColor &color)
     return color.isValid() ? color : QColor(Qt::black);
 }
 
+// Qt's raster engine hands a smooth fill of more spans than this to its own
+// helper threads and waits for them; those compete with the redraw worker, so
+// a stretched picture is drawn in strips of at most this many device rows,
+// which the GUI thread fills alone.
+constexpr int kStretchStripRows = 64;
+
+// Draws `image` stretched over `target`, smoothly, inside `within` (all in the
+// painter's points).
+void drawStretched(QPainter &painter, const QRectF &target, const QImage &image,
+                   const QRectF &within)
+{
+    const QRectF area = within & target;
+    if (area.isEmpty())
+        return;
+    const double ratio = std::max(1.0, painter.device()->devicePixelRatioF());
+    const double strip = kStretchStripRows / ratio;
+    for (double top = area.top(); top < area.bottom(); top += strip) {
+        painter.save();
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.setClipRect(QRectF(area.left(), top, area.width(), strip), Qt::IntersectClip);
+        painter.drawImage(target, image);
+        painter.restore();
+    }
+}
+
 QRectF grown(const QRectF &rect, double radius)
 {
     const double margin = radius + kAntialiasMargin;
@@ -116,8 +141,7 @@ bool DoodleSurface::preparePicture()
     fresh.fill(Qt::transparent);
     if (!m_cacheImage.isNull()) {
         QPainter painter(&fresh);
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawImage(QRectF(rect()), m_cacheImage);
+        drawStretched(painter, QRectF(rect()), m_cacheImage, QRectF(rect()));
         m_paintedRect = rect();
     }
     m_cacheImage = std::move(fresh);
@@ -437,6 +461,5 @@ void DoodleSurface::paint(QPainter &painter, const QRect &dirty) const
         return;
     }
     // A picture composed at an older size is shown stretched to the bounds.
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(QRectF(rect()), m_cacheImage);
+    drawStretched(painter, QRectF(rect()), m_cacheImage, QRectF(dirty));
 }

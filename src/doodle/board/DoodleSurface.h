@@ -41,6 +41,11 @@ public:
     // A null image when the surface holds nothing.
     const QImage &picture() const { return m_cacheImage; }
     void setPicture(const QImage &image);
+    // Whether the picture was composed at another size and shows stretched.
+    bool isStretched() const
+    {
+        return !m_cacheImage.isNull() && m_cacheImage.deviceIndependentSize() != QSizeF(size());
+    }
 
     void drawPath(const QPainterPath &path, double width, const QColor &color);
     void drawDot(const QPointF &point, double width, const QColor &color, bool erase);

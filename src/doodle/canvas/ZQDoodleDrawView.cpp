@@ -9,9 +9,10 @@
 
 namespace {
 
-// A whole new picture (a redraw swapped in) of at least this many device
-// pixels is repainted in this many bands, one per turn of the event loop, so
-// that no single repaint of a large board holds the GUI thread long.
+// A whole picture of at least this many device pixels (a redraw swapped in,
+// or the previous one stretched to a new size) is repainted in this many
+// bands, one per turn of the event loop, so that no single repaint of a large
+// board holds the GUI thread long.
 constexpr double kBandFromPixels = 1 << 20;
 constexpr int kBands = 4;
 
@@ -24,30 +25,48 @@ ZQDoodleDrawView::ZQDoodleDrawView(QWidget *parent) : QWidget(parent)
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
     m_surface.setHost([this] { return size(); }, [this](const QRect &area) { update(area); },
-                      [this] { showNewPicture(); });
+                      [this] { showInBands(); });
+    m_nextBand.setSingleShot(true);
+    m_nextBand.setInterval(0);
+    connect(&m_nextBand, &QTimer::timeout, this, &ZQDoodleDrawView::showNextBand);
 }
 
-void ZQDoodleDrawView::showNewPicture()
+void ZQDoodleDrawView::showInBands()
 {
     const double ratio = devicePixelRatioF();
     if (width() * height() * ratio * ratio < kBandFromPixels) {
+        m_stretchedDownTo = std::numeric_limits<int>::max();
         update();
         return;
     }
     // A sequence under way starts again from the top with the newer picture.
-    const bool underWay = m_bandsLeft > 0;
     m_bandsLeft = kBands;
-    if (!underWay)
-        showNextBand();
+    showNextBand();
 }
 
 void ZQDoodleDrawView::showNextBand()
 {
+    if (m_bandsLeft <= 0)
+        return;
     const int band = kBands - m_bandsLeft--;
     const int top = height() * band / kBands;
-    update(0, top, width(), height() * (band + 1) / kBands - top);
+    const int bottom = height() * (band + 1) / kBands;
+    m_stretchedDownTo = m_bandsLeft > 0 ? bottom : std::numeric_limits<int>::max();
+    update(0, top, width(), bottom - top);
     if (m_bandsLeft > 0)
-        QTimer::singleShot(0, this, &ZQDoodleDrawView::showNextBand);
+        m_nextBand.start();
+}
+
+void ZQDoodleDrawView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    // The previous picture shows stretched until the one composed at this
+    // size arrives; Qt repaints the whole widget, but the stretch comes a
+    // band at a time as a new picture does.
+    if (m_surface.isStretched()) {
+        m_stretchedDownTo = 0;
+        showInBands();
+    }
 }
 
 void ZQDoodleDrawView::setCacheImage(const QImage &image)
@@ -155,8 +174,13 @@ void ZQDoodleDrawView::paintEvent(QPaintEvent *event)
 {
     if (m_surface.picture().isNull())
         return;
+    QRect dirty = event->rect();
+    if (m_surface.isStretched())
+        dirty &= QRect(0, 0, width(), std::min(m_stretchedDownTo, height()));
+    if (dirty.isEmpty())
+        return;
     QPainter painter(this);
-    m_surface.paint(painter, event->rect());
+    m_surface.paint(painter, dirty);
 }
 
 void ZQDoodleDrawView::childEvent(QChildEvent *event)

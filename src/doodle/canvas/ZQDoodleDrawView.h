@@ -8,7 +8,10 @@
 #include <QPainterPath>
 #include <QPointF>
 #include <QRectF>
+#include <QTimer>
 #include <QWidget>
+
+#include <limits>
 
 // A widget that shows one drawing surface (DoodleSurface), the board's
 // toolkit-neutral picture: every primitive paints into the surface and the
@@ -81,13 +84,18 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void childEvent(QChildEvent *event) override;
 
 private:
     void removeChildWidgets();
-    void showNewPicture();
+    void showInBands();
     void showNextBand();
 
     DoodleSurface m_surface;
-    int m_bandsLeft = 0; // of a whole new picture being shown a band at a time
+    QTimer m_nextBand;
+    int m_bandsLeft = 0; // of a whole picture being shown a band at a time
+    // A stretched picture shows above this row only; the bands still to come
+    // show it further down.
+    int m_stretchedDownTo = std::numeric_limits<int>::max();
 };
