@@ -2,7 +2,8 @@
 
 // The real parts of a call for tests: a mosquitto broker on a free loopback
 // port and `doodle join` processes. Each object stops its process when it is
-// destroyed, so a failing test leaves nothing running.
+// destroyed, or with the test when that is killed, so a failing test leaves
+// nothing running.
 #include <QFile>
 #include <QFileInfo>
 #include <QHostAddress>
@@ -11,6 +12,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <memory>
 #include <vector>
 
@@ -31,6 +36,9 @@ public:
                const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
         m_process.setProcessEnvironment(environment);
+        // Ends with the test too when that is killed (a timeout, say), which
+        // runs no destructor.
+        m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
         m_process.start(program, arguments);
     }
     // Ends the process: asked first, killed if it does not go.
@@ -84,6 +92,12 @@ public:
     {}
 
     static bool isInstalled(const QString &program) { return QFileInfo(program).isExecutable(); }
+    // Run as root, mosquitto changes to its own user, which cancels the signal
+    // that ends it with the test; this line keeps it as root.
+    static QString keepUserLine()
+    {
+        return ::geteuid() == 0 ? QStringLiteral("user root\n") : QString();
+    }
 
     // Runs `config` instead, which listens on 127.0.0.1:`port`.
     void useConfig(const QString &config, quint16 port)
@@ -123,9 +137,9 @@ private:
         if (!m_port || !file.open(QIODevice::WriteOnly))
             return false;
         return file.write(QStringLiteral("listener %1 127.0.0.1\nallow_anonymous true\n"
-                                         "persistence false\n%2\n")
+                                         "persistence false\n%2%3\n")
                               .arg(m_port)
-                              .arg(m_extra)
+                              .arg(keepUserLine(), m_extra)
                               .toUtf8()) > 0;
     }
 

@@ -160,8 +160,12 @@ private:
             if (QProcess::execute("bash", {DOODLE_SECURE_SCRIPT, dir, QString::number(port)}) != 0)
                 return false;
         }
+        QFile config(secret("mosquitto.conf"));
+        if (!config.open(QIODevice::Append) || config.write(Broker::keepUserLine().toUtf8()) < 0)
+            return false;
+        config.close();
         m_secure = std::make_unique<Broker>(DOODLE_MOSQUITTO);
-        m_secure->useConfig(secret("mosquitto.conf"), port);
+        m_secure->useConfig(config.fileName(), port);
         return m_secure->start();
     }
 
