@@ -156,5 +156,9 @@
         <source>Close</source>
         <translation>关闭</translation>
     </message>
+    <message>
+        <source>Laser pointer</source>
+        <translation>激光笔</translation>
+    </message>
 </context>
 </TS>

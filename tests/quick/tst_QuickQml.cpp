@@ -2,6 +2,7 @@
 // stroke, a received text draws one, undo and clear act as on the widget;
 // the board's own bar picks the pen, folds, unfolds and closes.
 #include <doodle/model/DoodleTranslate.h>
+#include <doodle/support/DoodleTranslations.h>
 
 #include <QAccessible>
 #include <QQmlEngine>
@@ -128,6 +129,18 @@ private slots:
                  qint64(DoodleActionTypeClean));
         QCOMPARE(root->property("clearedBy").toString(), QStringLiteral("me"));
         QCOMPARE(inkedPixels(view.grabWindow()), 0);
+    }
+
+    // A host with the Quick board alone has the board's translations.
+    void theBarSpeaksTheInstalledLanguage()
+    {
+        QVERIFY(DoodleTranslations::install(QLocale(QLocale::Chinese, QLocale::China)));
+        Hosted host;
+        host.tap("doodleToolButton");
+        QAccessibleInterface *pen = QAccessible::queryAccessibleInterface(host.part("width"));
+        const QString name = pen ? pen->text(QAccessible::Name) : QString();
+        DoodleTranslations::remove();
+        QCOMPARE(name, QStringLiteral("画笔"));
     }
 
     void barDrivesTheBoard()
