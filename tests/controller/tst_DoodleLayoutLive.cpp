@@ -114,6 +114,22 @@ private slots:
             QCOMPARE(action->seqNo(), 0u);
     }
 
+    // A board that changes size draws a peer's gesture under way again at its
+    // new size: as the committed stroke then draws it.
+    void previewFollowsTheSize()
+    {
+        Participant ann(QStringLiteral("ann"), kSize), ben(QStringLiteral("ben"), kSize);
+        link(ann, ben);
+        prepare(ann, DoodleActionModeBrush);
+        drawSlowly(ann);
+        const QSize turned(kSize.height(), kSize.width());
+        ben.board.resetDoodleViewFrame(QRect(QPoint(), turned));
+        const QImage preview = layer(ben, kDoodleRemoteLayer);
+        ann.board.touchesEnded({kPath.last(), kPath.last()});
+        QCOMPARE(preview.deviceIndependentSize(), QSizeF(turned));
+        QCOMPARE(maxChannelDifference(preview, ben.cache(), turned * DoodleScreen::scale()), 0);
+    }
+
     void previewGoes_data()
     {
         QTest::addColumn<QString>("how");

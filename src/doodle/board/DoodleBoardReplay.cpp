@@ -128,6 +128,9 @@ void DoodleBoardCore::redrawAll()
         startBackgroundRedraw();
     else
         redrawAllNow();
+    // Peers' gestures under way show at the board's present size too.
+    if (!m_live.previews.isEmpty())
+        redrawPreviews();
 }
 
 void DoodleBoardCore::redrawAllNow()
