@@ -19,25 +19,7 @@ struct RecordingDelegate : BrushColorViewDelegate
     void brushColorView(BrushColorView *, const QColor &colour) override { colours << colour; }
 };
 
-// A shown colour picker of 220 x 80: swatches 20 across, rows 13.333 apart.
-struct ShownPicker
-{
-    explicit ShownPicker(const QColor &colour = QColor(1, 130, 255))
-        : view(QRect(0, 0, 220, 80), colour)
-    {
-        view.setDelegate(&delegate);
-        view.show();
-        if (!QTest::qWaitForWindowExposed(&view))
-            qWarning("the picker's window was not exposed");
-    }
-    BrushColorView view;
-    RecordingDelegate delegate;
-};
-
-QColor palette(int index)
-{
-    return BrushColorView::brushColorArray().at(index);
-}
+const QList<QColor> palette = BrushColorView::brushColorArray();
 
 } // namespace
 
@@ -121,60 +103,56 @@ private slots:
         QCOMPARE(view.getWidth(), 6.0);
     }
 
-    // Two rows of five swatches, each drawn in its palette colour; the given
-    // colour's swatch is ringed and reported when the picker hides.
-    void theGivenColourIsRingedAndReportedOnHiding_data()
+    // Two rows of five swatches in their palette colours; the given colour's is
+    // ringed, for good, and reported on hiding. A tap, even between swatches,
+    // picks the nearest; straight above a centre its radicand is negative.
+    void swatchesAreRingedAndTheNearestIsPicked_data()
     {
         QTest::addColumn<QColor>("given");
-        QTest::addColumn<int>("tag");
-        QTest::newRow("blue") << QColor(1, 130, 255) << 5;
-        QTest::newRow("not in the palette") << QColor(1, 2, 3) << 0;
-    }
-    void theGivenColourIsRingedAndReportedOnHiding()
-    {
-        QFETCH(QColor, given);
-        QFETCH(int, tag);
-        ShownPicker shown(given);
-        QCOMPARE(shown.view.selectedTag(), tag);
-        QCOMPARE(shown.view.swatchWithTag(1)->frame(), QRectF(20, 40 / 3.0, 20, 20));
-        QCOMPARE(shown.view.swatchWithTag(10)->frame(), QRectF(180, 20 + 80 / 3.0, 20, 20));
-        const QImage image = rendered(&shown.view);
-        for (int t = 1; t <= 10; ++t) {
-            const ZQDoodleButton *swatch = shown.view.swatchWithTag(t);
-            QCOMPARE(colourAt(image, swatch->frame().center()), palette(t - 1));
-            QCOMPARE(swatch->borderWidth(), t == tag ? 2.0 : 0.0);
-        }
-        QVERIFY(shown.delegate.colours.isEmpty());
-        shown.view.hide();
-        QCOMPARE(shown.delegate.colours, tag ? QList<QColor>({palette(tag - 1)}) : QList<QColor>());
-    }
-
-    void tapsPickTheNearestSwatchEvenBetweenThem_data()
-    {
+        QTest::addColumn<int>("ringed");
         QTest::addColumn<Input>("input");
         QTest::addColumn<QPoint>("at");
-        QTest::addColumn<int>("tag");
-        QTest::newRow("on a swatch, mouse") << Input::Mouse << QPoint(150, 60) << 9;
-        QTest::newRow("right of the first, stylus") << Input::Stylus << QPoint(45, 23) << 1;
-        // Straight above the first centre its radicand is negative: the next one wins.
-        QTest::newRow("above the first, touch") << Input::Touch << QPoint(30, 5) << 2;
+        QTest::addColumn<int>("picked");
+        const QColor blue(1, 130, 255), other(1, 2, 3);
+        QTest::newRow("on a swatch, mouse") << blue << 5 << Input::Mouse << QPoint(150, 60) << 9;
+        QTest::newRow("right of the first, stylus, colour not in the palette")
+            << other << 0 << Input::Stylus << QPoint(45, 23) << 1;
+        QTest::newRow("above the first, touch") << blue << 5 << Input::Touch << QPoint(30, 5) << 2;
     }
-    void tapsPickTheNearestSwatchEvenBetweenThem()
+    void swatchesAreRingedAndTheNearestIsPicked()
     {
+        QFETCH(QColor, given);
+        QFETCH(int, ringed);
         QFETCH(Input, input);
         QFETCH(QPoint, at);
-        QFETCH(int, tag);
-        ShownPicker shown;
+        QFETCH(int, picked);
+        RecordingDelegate delegate;
+        BrushColorView view(QRect(0, 0, 220, 80), given); // swatches 20 across
+        view.setDelegate(&delegate);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QCOMPARE(view.selectedTag(), ringed);
+        QCOMPARE(view.swatchWithTag(1)->frame(), QRectF(20, 40 / 3.0, 20, 20));
+        QCOMPARE(view.swatchWithTag(10)->frame(), QRectF(180, 20 + 80 / 3.0, 20, 20));
+        const QImage image = rendered(&view);
+        for (int t = 1; t <= 10; ++t)
+            QCOMPARE(colourAt(image, view.swatchWithTag(t)->frame().center()), palette.at(t - 1));
+        view.hide();
+        QCOMPARE(delegate.colours,
+                 ringed ? QList<QColor>({palette.at(ringed - 1)}) : QList<QColor>());
+        delegate.colours.clear();
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
         // A tie keeps the lower tag; outside the picker there is nothing.
-        QCOMPARE(shown.view.hitTest({50, 70 / 3.0}), shown.view.swatchWithTag(1));
-        QCOMPARE(shown.view.hitTest({-1, 10}), nullptr);
-        QWidget *target = shown.view.childAt(at) ? shown.view.childAt(at) : &shown.view;
-        tap(target, input, target->mapFrom(&shown.view, at));
-        QCOMPARE(shown.delegate.colours, QList<QColor>({palette(tag - 1)}));
-        QCOMPARE(shown.view.selectedTag(), tag);
-        QVERIFY(shown.view.swatchWithTag(tag)->isSelected());
-        // The ring stays where the configuration put it.
-        QCOMPARE(shown.view.swatchWithTag(5)->borderWidth(), 2.0);
+        QCOMPARE(view.hitTest({50, 70 / 3.0}), view.swatchWithTag(1));
+        QCOMPARE(view.hitTest({-1, 10}), nullptr);
+        QWidget *target = view.childAt(at) ? view.childAt(at) : &view;
+        tap(target, input, target->mapFrom(&view, at));
+        QCOMPARE(delegate.colours, QList<QColor>({palette.at(picked - 1)}));
+        QCOMPARE(view.selectedTag(), picked);
+        QVERIFY(view.swatchWithTag(picked)->isSelected());
+        for (int t = 1; t <= 10; ++t)
+            QCOMPARE(view.swatchWithTag(t)->borderWidth(), t == ringed ? 2.0 : 0.0);
     }
 
     // The colour button is a disc as large as its shorter side, and clicks on
