@@ -9,12 +9,8 @@
 
 namespace {
 
-struct Choice
-{
-    ZQDoodleButtonView *picker;
-    qint64 index;
-    qint64 type;
-};
+// What a picker reported: itself, the index and its type.
+using Choice = std::tuple<ZQDoodleButtonView *, qint64, qint64>;
 
 struct RecordingDelegate : ZQDoodleButtonViewDelegate, ColourToolbarDelegate
 {
@@ -27,8 +23,7 @@ struct RecordingDelegate : ZQDoodleButtonViewDelegate, ColourToolbarDelegate
     void colourToolbar(ZQColourToolbar *, const QColor &colour) override { colours << colour; }
 };
 
-// A picker 32 high, as the board opens it, shown on a board that counts the
-// presses reaching it.
+// A picker 32 high, as the board opens it, on a board counting the presses it gets.
 struct ShownPicker
 {
     ShownPicker(qint64 type, int width, qint64 selectIndex = 0,
@@ -57,9 +52,8 @@ private slots:
     void init() { DoodleScreen::setScaleOverride(1); }
     void cleanup() { DoodleScreen::setScaleOverride(0); }
 
-    // Each choice takes taps in a cell of 32 points, its dot drawn at its own
-    // size in the middle; the cells sit centred in one row, or in two when
-    // the picker is two rows high.
+    // Each choice takes taps in a cell of 32 points, its dot at its own size in
+    // the middle; the cells sit centred in one row, or two in a taller picker.
     void choicesSitInCellsAFingerHits_data()
     {
         QTest::addColumn<qint64>("type");
@@ -139,17 +133,12 @@ private slots:
         QVERIFY(under && !shown.picker->buttons().contains(under));
         tap(under, input, under->mapFrom(shown.picker, gap));
         QCOMPARE(shown.board.presses, 0);
-        QCOMPARE(shown.delegate.choices.size(), 3);
-        for (const Choice &choice : shown.delegate.choices) {
-            QCOMPARE(choice.picker, shown.picker);
-            QCOMPARE(choice.type, type);
-        }
-        QCOMPARE(shown.delegate.choices.at(1).index, 0);
+        ZQDoodleButtonView *p = shown.picker;
+        QCOMPARE(shown.delegate.choices, QList<Choice>({{p, 3, type}, {p, 0, type}, {p, 2, type}}));
     }
 
-    // Every dot is filled in its colour (the table's, the brush's, or white
-    // for the eraser) with an outline that shows on the dark pill, and a ring
-    // outside the selected one, with a gap of the pill between, marks it.
+    // Every dot is filled in its colour (the table's, the brush's, white for the
+    // eraser), outlined on the dark pill; a ring past a gap marks the selected one.
     void theDotsAndTheMarkShowOnThePill_data()
     {
         QTest::addColumn<qint64>("type");
@@ -178,20 +167,18 @@ private slots:
             if (type == 0 && chosen != selected)
                 QCOMPARE(shown.picker->getColor(), fills.at(chosen));
             const QImage image = rendered(shown.picker);
-            const QColor pill = colourAt(image, {32, 3});
-            const auto differs = [&](const QPointF &at) {
-                const QColor c = colourAt(image, at);
-                return std::max({qAbs(c.red() - pill.red()), qAbs(c.green() - pill.green()),
-                                 qAbs(c.blue() - pill.blue())});
+            const auto opaque = [&image](QPointF at) { return QColor(colourAt(image, at).rgb()); };
+            const auto pillLike = [&](QPointF at, int tolerance) {
+                return closeColours(opaque(at), opaque({32, 3}), tolerance);
             };
             for (int i = 0; i < shown.picker->buttons().size(); ++i) {
                 const QPointF centre = shown.choice(i)->frame().center();
                 const double half = shown.choice(i)->tileRect().width() / 2;
                 if (i < fills.size())
                     QCOMPARE(colourAt(image, centre), fills.at(i));
-                QVERIFY2(differs(centre + QPointF(half - 0.5, 0)) > 150, "outline");
-                QCOMPARE(differs(centre + QPointF(half + 3, 0)) > 150, i == chosen);
-                QVERIFY2(differs(centre + QPointF(half + 1, 0)) < 60, "gap");
+                QVERIFY2(!pillLike(centre + QPointF(half - 0.5, 0), 150), "outline");
+                QCOMPARE(!pillLike(centre + QPointF(half + 3, 0), 150), i == chosen);
+                QVERIFY2(pillLike(centre + QPointF(half + 1, 0), 59), "gap");
             }
         }
     }
@@ -210,23 +197,28 @@ private slots:
         QFETCH(QString, text);
         QFETCH(QColor, colour);
         QCOMPARE(ZQDoodleButtonView::colorWithHexString(text), colour);
-        QCOMPARE(ZQColourToolbar::colorWithHexString(text), colour);
     }
 
-    // Swatches sit centred as a group; a tap reports the colour and hides the bar, once.
+    // Swatches sit centred as a group, each a disc in its colour drawn at the
+    // screen's scale, the selected one with a gap and a ring; a tap reports
+    // the colour and hides the bar, once.
     void swatchesSitCentredAndATapReportsOnce_data()
     {
         QTest::addColumn<int>("width");
         QTest::addColumn<double>("left");
         QTest::addColumn<Input>("input");
-        QTest::newRow("room to spare, touch") << 560 << 14.0 << Input::Touch;
-        QTest::newRow("too narrow, stylus") << 300 << -116.0 << Input::Stylus;
+        QTest::addColumn<double>("scale");
+        QTest::newRow("room to spare, touch, 1x") << 560 << 14.0 << Input::Touch << 1.0;
+        QTest::newRow("too narrow, stylus, 2x") << 300 << -116.0 << Input::Stylus << 2.0;
+        QTest::newRow("room to spare, mouse, 3x") << 560 << 14.0 << Input::Mouse << 3.0;
     }
     void swatchesSitCentredAndATapReportsOnce()
     {
         QFETCH(int, width);
         QFETCH(double, left);
         QFETCH(Input, input);
+        QFETCH(double, scale);
+        DoodleScreen::setScaleOverride(scale);
         ZQColourToolbar bar(QRect(0, 0, width, 40));
         RecordingDelegate delegate;
         bar.setDelegate(&delegate);
@@ -235,28 +227,8 @@ private slots:
         QCOMPARE(bar.buttons().size(), 10);
         for (int i = 0; i < 10; ++i)
             QCOMPARE(bar.buttons().at(i)->frame(), QRectF(left + 56 * i, 6, 28, 28));
-        QCOMPARE(bar.currentColor(), QColor(Qt::black));
-        QVERIFY(bar.curBrushButton() == bar.buttons().first() &&
-                bar.curBrushButton()->isSelected());
-        tap(bar.buttons().at(3), input);
-        QVERIFY(bar.isHidden());
-        bar.show();
-        tap(bar.buttons().at(3), input);
-        QVERIFY(!bar.isHidden());
-        QCOMPARE(delegate.colours, QList<QColor>({QColor(0xFF, 0x95, 0x00)}));
-        QCOMPARE(bar.currentColor(), QColor(0xFF, 0x95, 0x00));
-        for (int i = 0; i < bar.buttons().size(); ++i)
-            QCOMPARE(bar.buttons().at(i)->isSelected(), i == 3);
-    }
-
-    void theSelectedSwatchIsARingedDiscInItsColour_data() { addScaleRows(); }
-    void theSelectedSwatchIsARingedDiscInItsColour()
-    {
-        QFETCH(double, scale);
-        DoodleScreen::setScaleOverride(scale);
-        ZQColourToolbar bar(QRect(0, 0, 560, 40));
-        const ZQDoodleButton *swatch = bar.buttons().at(2); // "#FF3B30"
-        const QColor colour(0xFF, 0x3B, 0x30);
+        const QColor orange(0xFF, 0x95, 0x00);
+        const ZQDoodleButton *swatch = bar.buttons().at(3);
         // Across the swatch from its centre: disc, then a gap and a ring when selected.
         const auto profile = [](const QImage &image) {
             QList<int> alphas;
@@ -266,9 +238,21 @@ private slots:
         };
         QCOMPARE(profile(swatch->normalImage()), QList<int>({1, 1, 1, 0}));
         QCOMPARE(profile(swatch->selectedImage()), QList<int>({1, 1, 0, 1}));
-        QVERIFY(closeColours(colourAt(swatch->normalImage(), {14, 14}), colour));
+        QVERIFY(closeColours(colourAt(swatch->normalImage(), {14, 14}), orange));
         // The ring's edge pixels are partly covered; their colour is the swatch's.
-        QVERIFY(closeColours(QColor(colourAt(swatch->selectedImage(), {26, 14}).rgb()), colour));
+        QVERIFY(closeColours(QColor(colourAt(swatch->selectedImage(), {26, 14}).rgb()), orange));
+        QCOMPARE(bar.currentColor(), QColor(Qt::black));
+        QVERIFY(bar.curBrushButton() == bar.buttons().first() &&
+                bar.curBrushButton()->isSelected());
+        tap(bar.buttons().at(3), input);
+        QVERIFY(bar.isHidden());
+        bar.show();
+        tap(bar.buttons().at(3), input);
+        QVERIFY(!bar.isHidden());
+        QCOMPARE(delegate.colours, QList<QColor>({orange}));
+        QCOMPARE(bar.currentColor(), orange);
+        for (int i = 0; i < bar.buttons().size(); ++i)
+            QCOMPARE(bar.buttons().at(i)->isSelected(), i == 3);
     }
 };
 
