@@ -1,5 +1,5 @@
-// The text form of actions: encoding type by type, decoding of good
-// and hostile text, round trips, the colour form and the log texts.
+// The text form of actions: encoding, decoding of hostile text, round trips,
+// colours and log texts.
 #include "LogCapture.h"
 
 #include <doodle/model/DoodleTranslate.h>
@@ -96,9 +96,9 @@ QString summary(const DoodleActionPtr &a)
     QStringList points;
     for (const DoodlePoint &point : a->pathPoints())
         points.append('p' + point.toStringList().join(','));
-    // Zero reads as "not set".
+    // Zero reads as "not set"; nine digits tell any two floats apart.
     const auto field = [](const char *prefix, double value) {
-        return value != 0 ? prefix + QString::number(value) : QString();
+        return value != 0 ? prefix + QString::number(value, 'g', 9) : QString();
     };
     const DoodleColor colour = a->brushColor();
     const QString colourText = '#' + QString::number(HexadecimalColorFromUIColor(colour), 16);
@@ -169,35 +169,6 @@ private slots:
         QCOMPARE(summary(DoodleTranslate::doodleActionFromString(expand(text))), fields);
     }
 
-    // Numbers are read as doubles and rounded to the nearest float.
-    void floatMembers_data()
-    {
-        QTest::addColumn<QString>("number");
-        QTest::addColumn<float>("expected");
-        const float largest = std::numeric_limits<float>::max();
-        const float infinity = std::numeric_limits<float>::infinity();
-        const float smallest = std::numeric_limits<float>::denorm_min();
-        QTest::newRow("largest, shortest text") << "3.4028235e+38" << largest;
-        QTest::newRow("just below the boundary") << "3.4028235677973362e+38" << largest;
-        QTest::newRow("boundary rounds to infinity") << "3.4028235677973366e+38" << infinity;
-        QTest::newRow("beyond") << "-1e39" << -infinity;
-        QTest::newRow("smallest subnormal") << "1e-45" << smallest;
-    }
-    void floatMembers()
-    {
-        QFETCH(QString, number);
-        QFETCH(float, expected);
-        const DoodleActionPtr decoded = DoodleTranslate::doodleActionFromString(
-            expand(R"({"@ActionType":267,"@Content":{"text_content":{"x":%1}},)"
-                   R"("@Brush":{"@Width":%1}})")
-                .arg(number));
-        QVERIFY(decoded);
-        // Exact comparisons: QCOMPARE would allow a relative difference.
-        QVERIFY2(decoded->x() == expected, qPrintable(QString::number(double(decoded->x()))));
-        QVERIFY2(decoded->brushWidth() == expected,
-                 qPrintable(QString::number(double(decoded->brushWidth()))));
-    }
-
     // Every field at an edge value comes back as sent; pages travel as exact
     // unsigned 64-bit integers, in the action and in the content's header.
     void edgeRoundTrip_data()
@@ -227,11 +198,7 @@ private slots:
                          &DoodleAction::setEndY, &DoodleAction::setWidth, &DoodleAction::setHeight})
             ((*arrow).*set)(value);
         const QString text = DoodleTranslate::stringFromDoodleAction(arrow);
-        QStringList pages;
-        for (auto it = QRegularExpression(R"(PageIdKey[^:]*:(\d+))").globalMatch(text);
-             it.hasNext();)
-            pages << it.next().captured(1);
-        QCOMPARE(pages, QStringList(2, QString::number(page)));
+        QCOMPARE(text.count(QRegularExpression(QString(R"(PageIdKey[^:]*:%1\D)").arg(page))), 2);
         const DoodleActionPtr back = DoodleTranslate::doodleActionFromString(text);
         QVERIFY(back);
         const QList<float> sent{std::fabs(value), value, value, value, value, value, value};
@@ -240,7 +207,6 @@ private slots:
         QVERIFY2(got == sent, qPrintable(text));
         QCOMPARE(back->pageNumber(), page);
         QCOMPARE(back->rotate(), rotate);
-        QCOMPARE(DoodleTranslate::stringFromDoodleAction(back), text);
     }
 
     void truncatedTexts()
@@ -252,8 +218,8 @@ private slots:
 
     void pointLogTexts()
     {
-        // The points are filled once for the position member and again for a
-        // content member; nested arrays in place of texts are named as such.
+        // Each element logs its JSON type, for the position member and again
+        // for a content member.
         LogCapture capture;
         DoodleTranslate::doodleActionFromString(
             expand(R"({"@ActionType":261,"@Content":0,"@Position":["[]",[],1]})"));
@@ -320,24 +286,21 @@ void TestDoodleTranslate::encode_data()
         R"({"@ActionType":260,"@UserUri":"u1","@PageId":3,"@Brush":{"@Color":4294901760,)"
         R"("@Width":0.01},"@Position":{"$json":[{"$json":["2","0.100000","0.200000"]},)"
         R"({"$json":["2","0.300000","0.400000"]}]}})");
-    // Points in any other form travel on as they came.
-    const auto received = action(260, "u1");
-    for (const QStringList &point : QList<QStringList>{{"2", "0.5", "1e-3"},
-                                                       {"2", "0.100000", "-0.000000", "x\"\\"},
-                                                       {"-0", "1.000000", "1.000000"},
-                                                       {"2", "-0.250000", "0.750000"},
-                                                       {}})
-        received->pathPoints().append(point);
-    row("stroke with points in other forms", received, points,
+    // Points in any other form travel on as they came, with or without a
+    // point that needs escapes.
+    const auto stroke = [](const QList<QStringList> &received) {
+        auto result = action(260);
+        for (const QStringList &point : received)
+            result->pathPoints().append(point);
+        return result;
+    };
+    row("stroke with points in other forms",
+        stroke({{"2", "0.5", "1e-3"}, {"2", "0.100000", "-0.000000", "x\"\\"}, {}}), points,
         R"({"@ActionType":260,"@UserUri":"u1","@PageId":0,"@Position":{"$json":[)"
         R"({"$json":["2","0.5","1e-3"]},{"$json":["2","0.100000","-0.000000","x\"\\"]},)"
-        R"({"$json":["-0","1.000000","1.000000"]},{"$json":["2","-0.250000","0.750000"]},)"
         R"({"$json":[]}]}})");
-    const auto numbers = action(260, "u1");
-    for (const QStringList &point :
-         QList<QStringList>{{"2", "0.5", "1e-3"}, {"-0", "1.000000", "+1E2"}, {}})
-        numbers->pathPoints().append(point);
-    row("stroke with received numbers only", numbers, points,
+    row("stroke with received numbers only",
+        stroke({{"2", "0.5", "1e-3"}, {"-0", "1.000000", "+1E2"}, {}}), points,
         R"({"@ActionType":260,"@UserUri":"u1","@PageId":0,"@Position":{"$json":[)"
         R"({"$json":["2","0.5","1e-3"]},{"$json":["-0","1.000000","+1E2"]},{"$json":[]}]}})");
     row("eraser without points or user", action(261, ""), points,
@@ -386,6 +349,16 @@ void TestDoodleTranslate::decode_data()
     row("huge numbers saturate",
         R"({"@ActionType":1e300,"@PageId":1e300,"@Brush":{"@Color":1e20,"@Width":-1e300}})",
         "9223372036854775807 null 18446744073709551615 w-inf #ffffffff");
+    // Numbers are rounded to the nearest float; from the rounding boundary
+    // above the largest float on they are infinite.
+    row("floats: just below the boundary",
+        R"({"@ActionType":267,"@Brush":{"@Width":3.4028235677973362e+38},"@Content":)"
+        R"({"text_content":{"x":-3.4028235677973362e+38}}})",
+        "267 null 0 w3.40282347e+38 x-3.40282347e+38");
+    row("floats: the boundary rounds to infinity",
+        R"({"@ActionType":267,"@Brush":{"@Width":3.4028235677973366e+38},"@Content":)"
+        R"({"text_content":{"x":-3.4028235677973366e+38}}})",
+        "267 null 0 winf x-inf");
     row("huge rotate and x",
         R"({"@ActionType":262,"@Content":{"sticker_content":{"rotate":1e300,"x":1e39}}})",
         "262 null 0 xinf r2147483647");
@@ -393,14 +366,12 @@ void TestDoodleTranslate::decode_data()
         R"({"@ActionType":260,"@Position":[["2","0.1","0.2"],"[2,0.5,-1e-7]",)"
         R"("[\"2\",true,\"1\"]","nonsense",{"a":1},["1"]]})",
         "260 null 0 p2,0.1,0.2 p2,0.5,-1e-07 p1");
-    row("page: spaces, the last of repeated members",
-        R"({ "@PageId" : 18446744073709551614 , "@PageId" : 9223372036854775809 })",
+    // Each of these read wrong gives the first page or a rounded one.
+    row("page: byte order mark, spaces, the last of repeated members, escaped name",
+        QChar(0xFEFF) +
+            QString(R"({ "@PageId" : 18446744073709551614 , "PelDoodlePage\u0049dKey" : )"
+                    R"(9223372036854775809 })"),
         "0 null 9223372036854775809");
-    row("page: after a byte order mark",
-        QChar(0xFEFF) + QString(R"({"@PageId":9223372036854775809})"),
-        "0 null 9223372036854775809");
-    row("page: escaped name", R"({"PelDoodlePage\u0049dKey":18446744073709551613})",
-        "0 null 18446744073709551613");
     row("page: nested and quoted names are other members",
         R"({"@Brush":{"@PageId":1},"@UserUri":"\",\"@PageId\":2",)"
         R"("@PageId":18446744073709551612})",
