@@ -28,11 +28,15 @@ struct Screen
     QStringList titles() const
     {
         QStringList titles;
-        for (auto which : {QDialogButtonBox::Cancel, QDialogButtonBox::Ok}) {
+        for (auto which : {QDialogButtonBox::Cancel, QDialogButtonBox::Ok})
             if (QPushButton *button = box() ? box()->button(which) : nullptr)
                 titles << button->text();
-        }
         return titles;
+    }
+    // A callback that notes who ran it and whether the alert was still open then.
+    RoShow::Callback note(const QString &who)
+    {
+        return [this, who] { heard << who + (alert()->isVisible() ? " open" : " closed"); };
     }
 
     QWidget window;
@@ -64,23 +68,17 @@ private slots:
         QFETCH(bool, ok);
         QFETCH(QStringList, heard);
         Screen s;
-        QPointer<QDialog> shown;
-        const auto closed = [&s, &shown](const QString &who) {
-            return
-                [&s, &shown, who] { s.heard << who + (shown->isVisible() ? " open" : " closed"); };
-        };
         const QString message = QStringLiteral("Leave the board?");
-        if (kind == QLatin1String("two"))
-            RoShow::showAlertWith(s.view, message, closed("ensure"), closed("cancel"));
-        else if (kind == QLatin1String("one"))
-            RoShow::showAlertWith(s.view, message, closed("ensure"));
-        else if (kind == QLatin1String("none"))
+        const auto typed = [&s](const QString &text) { s.heard << "ensure " + text; };
+        if (kind == "two")
+            RoShow::showAlertWith(s.view, message, s.note("ensure"), s.note("cancel"));
+        else if (kind == "one")
+            RoShow::showAlertWith(s.view, message, s.note("ensure"));
+        else if (kind == "none")
             RoShow::showAlertWith(s.view, message, RoShow::Callback(), RoShow::Callback());
         else
-            RoShow::showAlertWith(
-                s.view, message, [&s](const QString &text) { s.heard << "ensure " + text; },
-                closed("cancel"));
-        shown = s.alert();
+            RoShow::showAlertWith(s.view, message, typed, s.note("cancel"));
+        QPointer<QDialog> shown = s.alert();
         QVERIFY(shown && shown->isVisible());
         // The platform's standard buttons, titled by Qt.
         const QStringList titles =
@@ -110,7 +108,7 @@ private slots:
         Screen s;
         QElapsedTimer clock;
         clock.start();
-        RoShow::showAlertWith(s.view, "Saved", time, [&s] { s.heard << "done"; });
+        RoShow::showAlertWith(s.view, "Saved", time, s.note("done"));
         QPointer<QDialog> shown = s.alert();
         QVERIFY(shown && shown->isVisible());
         QCOMPARE(s.titles(), QStringList());
@@ -119,13 +117,13 @@ private slots:
             shown->geometry().center() - s.view->mapToGlobal(s.view->rect().center());
         QVERIFY2(off.manhattanLength() <= 2, qPrintable(QDebug::toString(off)));
         if (time > 0) {
-            QTRY_COMPARE(s.heard, QStringList{"done"});
+            QTRY_COMPARE(s.heard, QStringList{"done closed"});
             QVERIFY(clock.elapsed() >= 200);
         } else {
             shown->close(); // it stays until the host closes it, and never completes
         }
         QTRY_VERIFY(!shown);
-        QCOMPARE(s.heard, time > 0 ? QStringList{"done"} : QStringList());
+        QCOMPARE(s.heard, time > 0 ? QStringList{"done closed"} : QStringList());
     }
 
     // The library's own translation titles the buttons in Chinese, as the
