@@ -30,7 +30,6 @@ Q_DECLARE_METATYPE(Shape)
 
 namespace {
 constexpr double kScale = 2.0;
-const QColor kRed(Qt::red);
 
 // Bounding rectangle, in points, of the pixels at least half covered.
 QRectF paintedBounds(const QImage &image)
@@ -129,9 +128,8 @@ class TestCanvas : public QObject
 private slots:
     void initTestCase() { DoodleScreen::setScaleOverride(kScale); }
 
-    // Colour inside each shape and transparency outside, at places the
-    // geometry decides; bad input draws nothing ("-") and says why in the log,
-    // or draws something ("*") or the whole board ("rr" at two corners).
+    // Colour inside each shape, none outside; bad input draws nothing ("-") and
+    // logs why, or draws something ("*") or the whole board ("rr" at two corners).
     void shapes_data()
     {
         QTest::addColumn<Shape>("shape");
@@ -198,9 +196,8 @@ private slots:
             QCOMPARE(log.lines().filter("skipped").size(), 1);
     }
 
-    // Painting into the picture gives the same pixels as composing the old
-    // picture and the shape into a fresh picture, also for erasing, clearing
-    // and a picture reaching past the edge.
+    // Painting in place gives the pixels of composing old picture and shape afresh,
+    // also for erasing, clearing and a picture reaching past the edge.
     void inPlaceEqualsFreshComposition()
     {
         const QList<Shape> steps = {{'s', {10, 10}, {150, 90}, 9},
@@ -282,7 +279,7 @@ private slots:
     {
         QImage picture(30, 30, QImage::Format_ARGB32_Premultiplied);
         picture.fill(Qt::transparent);
-        QPainter(&picture).fillRect(QRect(16, 0, 1, 30), kRed);
+        QPainter(&picture).fillRect(QRect(16, 0, 1, 30), Qt::red);
         picture.setDevicePixelRatio(3);
         ZQDoodleDrawView view;
         view.resize(10, 10);
@@ -292,6 +289,7 @@ private slots:
         QCOMPARE(look(shown, {{5, 5}, {5.5, 5}, {4, 5}}), "??.");
     }
 
+    // A stroke repaints the rectangle around it, not the whole board.
     void repaintsOnlyTheChangedRectangle()
     {
         struct PaintSpy : QObject
@@ -308,7 +306,7 @@ private slots:
         board.show();
         QVERIFY(QTest::qWaitForWindowExposed(&board));
         board.cacheCanvas()->installEventFilter(&spy);
-        board.drawInCacheWithPath(line({100, 100}, {120, 110}), 6, kRed);
+        board.drawInCacheWithPath(line({100, 100}, {120, 110}), 6, Qt::red);
         QTRY_VERIFY(!spy.painted.isEmpty());
         const QRect bounds = spy.painted.boundingRect();
         QVERIFY(bounds.contains(QRect(97, 97, 26, 16)));
@@ -321,7 +319,7 @@ private slots:
         LogCapture log;
         ZQDoodleDrawView view;
         view.resize(300, 100);
-        view.textInCacheWithStartPoint({40.5, 20}, "Hello", 24, kRed);
+        view.textInCacheWithStartPoint({40.5, 20}, "Hello", 24, Qt::red);
         QCOMPARE(log.lines(), QStringList{"textInCacheWithStartPoint {40.5, 20},Hello,24.000000"});
         QImage expected = blank({300, 100});
         QPainter painter(&expected);
@@ -371,6 +369,7 @@ private slots:
         QCOMPARE(layers(board, probes), "-- r. rr");
     }
 
+    // Erasing and clearing empty only the drawing, never the picture or colour behind it.
     void eraserAndClearKeepBackground()
     {
         QImage blue(10, 10, QImage::Format_ARGB32_Premultiplied);
@@ -378,7 +377,7 @@ private slots:
         ZQDoodleView board(QRect(0, 0, 200, 100), blue); // fitted to x 50..150
         board.setTempCanvasCount(2);
         board.setBackgroundColor(Qt::green);
-        board.drawInCacheWithPath(line({0, 50}, {200, 50}), 40, kRed);
+        board.drawInCacheWithPath(line({0, 50}, {200, 50}), 40, Qt::red);
         board.eraseInCacheWithPath(line({100, 0}, {100, 100}), 20);
         board.drawInTempWithPath(line({0, 65}, {50, 65}), 6, Qt::blue, 1);
         // Erased, cache, cache over picture, picture, colour, preview over cache.
@@ -388,6 +387,7 @@ private slots:
         QCOMPARE(look(board.convertViewToImage(), points), "bgbbgg");
     }
 
+    // The field takes the text's size and colour and the focus, and reports once.
     void textField()
     {
         Recorder recorder;
