@@ -116,14 +116,11 @@ private slots:
         const QPoint off =
             shown->geometry().center() - s.view->mapToGlobal(s.view->rect().center());
         QVERIFY2(off.manhattanLength() <= 2, qPrintable(QDebug::toString(off)));
-        if (time > 0) {
-            QTRY_COMPARE(s.heard, QStringList{"done closed"});
-            QVERIFY(clock.elapsed() >= 200);
-        } else {
+        if (time <= 0)
             shown->close(); // it stays until the host closes it, and never completes
-        }
         QTRY_VERIFY(!shown);
         QCOMPARE(s.heard, time > 0 ? QStringList{"done closed"} : QStringList());
+        QVERIFY(time <= 0 || clock.elapsed() >= 200);
     }
 
     // The library's own translation titles the buttons in Chinese, as the
