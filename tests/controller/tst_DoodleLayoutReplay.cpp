@@ -74,26 +74,16 @@ private slots:
         QVERIFY(!board.isViewLoaded());
         board.resetDoodleViewFrame(QRect(0, 0, 100, 100));
         const QImage cache = board.doodleView()->cacheCanvas()->cacheImage();
-        QVERIFY(!cache.isNull());
-        QCOMPARE(QColor(cache.pixel(50, 25)), QColor(Qt::blue));
+        QCOMPARE(cache.isNull() ? QColor() : QColor(cache.pixel(50, 25)), QColor(Qt::blue));
     }
 
-    void aResizeRedrawsFromTheCache_data()
-    {
-        QTest::addColumn<bool>("frameReset");
-        QTest::newRow("the host's own layout") << false;
-        QTest::newRow("a frame reset") << true;
-    }
+    // A resize by the host's own layout, not a frame reset, redraws the cache.
     void aResizeRedrawsFromTheCache()
     {
-        QFETCH(bool, frameReset);
         Participant bob(QStringLiteral("bob"), kBobSize);
         bob.receive("alice", boxAction(DoodleActionTypeEllipse, "alice", {-0.5, -0.5, 1, 1}));
         bob.board.view()->show();
-        if (frameReset)
-            bob.board.resetDoodleViewFrame(QRect(QPoint(0, 0), kAliceSize));
-        else
-            bob.board.view()->resize(kAliceSize);
+        bob.board.view()->resize(kAliceSize);
         QCOMPARE(differenceFromReplay(bob, kAliceSize), 0);
     }
 
@@ -137,9 +127,7 @@ private slots:
         auto longer = std::make_shared<DoodleAction>(*text);
         longer->setText(QString(10001, QChar('W')));
         QTest::newRow("text over the length limit") << longer << 0;
-        auto anonymous = strokeAction("", {{0, 0}, {0.3, 0.3}});
-        anonymous->setUserId(QString());
-        QTest::newRow("no author") << anonymous << 1;
+        QTest::newRow("no author") << strokeAction(QString(), {{0, 0}, {0.3, 0.3}}) << 1;
         QList<QPointF> many;
         for (int i = 0; i < 100001; ++i)
             many.append(QPointF(std::sin(i * 0.01) * 0.9, std::cos(i * 0.013) * 0.9));
