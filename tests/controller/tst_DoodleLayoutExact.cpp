@@ -1,6 +1,5 @@
 // Boards draw exactly what was sent: local gestures against their replay,
-// redraws in the middle of a gesture, receive limits, and ownership that comes
-// from the channel.
+// redraws mid-gesture, receive limits, and ownership taken from the channel.
 #include "BoardHarness.h"
 #include "LogCapture.h"
 
@@ -85,8 +84,7 @@ private slots:
             const QPointF anchor = board.logicFromNormal({33.4, 21.7}); // not a whole pixel
             QVERIFY(sent->x() == float(anchor.x()) && sent->y() == float(anchor.y()));
         }
-        QCOMPARE(p.me.host.generated.size(), 1);
-        QVERIFY(p.me.host.generated.first());
+        QCOMPARE(p.me.host.generated.size(), 1); // a null one would differ from the replay
         QVERIFY(alphaAt(p.me.cache(), 100, 40) + alphaAt(p.me.cache(), 40, 25) > 0);
         QCOMPARE(p.difference(), 0);
     }
