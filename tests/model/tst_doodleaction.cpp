@@ -106,46 +106,32 @@ private slots:
         }
     }
 
-    // The users of the actions added in order, the removals made one by one
-    // and what each returned, then the users left, oldest first; then lookups.
-    void cache_data()
-    {
-        QTest::addColumn<QStringList>("users");
-        QTest::addColumn<QStringList>("removals");
-        QTest::addColumn<QList<bool>>("removed");
-        QTest::addColumn<QStringList>("left");
-        QTest::newRow("newest of the user first")
-            << QStringList{"A", "B", "A", "A"} << QStringList{"A", "A"} << QList<bool>{true, true}
-            << QStringList{"A", "B"};
-        QTest::newRow("entry without user never matches")
-            << QStringList{QString(), "B"} << QStringList{QString(), ""}
-            << QList<bool>{false, false} << QStringList{QString(), "B"};
-    }
+    // A removal takes the user's newest drawing; an entry without a user is
+    // never taken nor found; a drawing is found on its own page only.
     void cache()
     {
-        QFETCH(QStringList, users);
-        QFETCH(QStringList, removals);
-        QFETCH(QList<bool>, removed);
-        QFETCH(QStringList, left);
         DoodlePathCache cache;
         cache.addAction(nullptr);
-        for (const QString &user : users) {
+        for (const QString &user : QStringList{QString(), "A", "B", "A", "A"}) {
             auto action = std::make_shared<DoodleAction>();
             action->setUserId(user);
             cache.addAction(action);
         }
-        QCOMPARE(cache.getAllPath().size(), users.size());
-        for (qsizetype i = 0; i < removals.size(); ++i)
-            QCOMPARE(cache.removeLastPathWithUserId(removals.at(i)), removed.at(i));
+        QCOMPARE(cache.size(), 5);
+        const auto remove = [&cache](const QString &u) {
+            return cache.removeLastPathWithUserId(u);
+        };
+        QCOMPARE(QList<bool>({remove("A"), remove("A"), remove(QString()), remove("")}),
+                 QList<bool>({true, true, false, false}));
         QStringList kept;
         for (const DoodleActionPtr &action : cache.getAllPath())
             kept.append(action->userId());
-        QCOMPARE(kept, left);
-        // A user's drawing is found on its page only; an entry without a user never is.
-        for (const QString &user : left) {
-            QCOMPARE(cache.containsPathWithUserId(user, 0), !user.isNull());
-            QVERIFY(!cache.containsPathWithUserId(user, 1));
-        }
+        QCOMPARE(kept, QStringList({QString(), "A", "B"}));
+        const auto has = [&cache](const QString &u, int page) {
+            return cache.containsPathWithUserId(u, quint64(page));
+        };
+        QCOMPARE(QList<bool>({has("A", 0), has("B", 0), has("A", 1), has({}, 0), has("", 0)}),
+                 QList<bool>({true, true, false, false, false}));
         cache.cleanAllPath();
         QVERIFY(cache.getAllPath().isEmpty());
     }
