@@ -35,7 +35,6 @@ void ZQDoodleDrawView::showInBands()
 {
     const double ratio = devicePixelRatioF();
     if (width() * height() * ratio * ratio < kBandFromPixels) {
-        m_stretchedDownTo = std::numeric_limits<int>::max();
         update();
         return;
     }
@@ -50,11 +49,15 @@ void ZQDoodleDrawView::showNextBand()
         return;
     const int band = kBands - m_bandsLeft--;
     const int top = height() * band / kBands;
-    const int bottom = height() * (band + 1) / kBands;
-    m_stretchedDownTo = m_bandsLeft > 0 ? bottom : std::numeric_limits<int>::max();
-    update(0, top, width(), bottom - top);
+    update(0, top, width(), height() * (band + 1) / kBands - top);
     if (m_bandsLeft > 0)
         m_nextBand.start();
+}
+
+// The rows the bands shown so far cover; all of them when none is to come.
+int ZQDoodleDrawView::shownDownTo() const
+{
+    return m_bandsLeft > 0 ? height() * (kBands - m_bandsLeft) / kBands : height();
 }
 
 void ZQDoodleDrawView::resizeEvent(QResizeEvent *event)
@@ -63,10 +66,8 @@ void ZQDoodleDrawView::resizeEvent(QResizeEvent *event)
     // The previous picture shows stretched until the one composed at this
     // size arrives; Qt repaints the whole widget, but the stretch comes a
     // band at a time as a new picture does.
-    if (m_surface.isStretched()) {
-        m_stretchedDownTo = 0;
+    if (m_surface.isStretched())
         showInBands();
-    }
 }
 
 void ZQDoodleDrawView::setCacheImage(const QImage &image)
@@ -176,7 +177,7 @@ void ZQDoodleDrawView::paintEvent(QPaintEvent *event)
         return;
     QRect dirty = event->rect();
     if (m_surface.isStretched())
-        dirty &= QRect(0, 0, width(), std::min(m_stretchedDownTo, height()));
+        dirty &= QRect(0, 0, width(), shownDownTo());
     if (dirty.isEmpty())
         return;
     QPainter painter(this);

@@ -11,8 +11,6 @@
 #include <QTimer>
 #include <QWidget>
 
-#include <limits>
-
 // A widget that shows one drawing surface (DoodleSurface), the board's
 // toolkit-neutral picture: every primitive paints into the surface and the
 // widget repaints only the rectangle it changed. A surface that holds nothing
@@ -91,11 +89,11 @@ private:
     void removeChildWidgets();
     void showInBands();
     void showNextBand();
+    int shownDownTo() const;
 
     DoodleSurface m_surface;
     QTimer m_nextBand;
-    int m_bandsLeft = 0; // of a whole picture being shown a band at a time
-    // A stretched picture shows above this row only; the bands still to come
-    // show it further down.
-    int m_stretchedDownTo = std::numeric_limits<int>::max();
+    // Of a whole picture being shown a band at a time; a stretched picture
+    // shows only in the bands shown so far.
+    int m_bandsLeft = 0;
 };
